@@ -1,0 +1,151 @@
+#include "json_rpc/RPCObject.h"
+
+#include "WireFormat.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+using namespace json_rpc::wire;
+
+namespace {
+
+QJsonObject versioned() {
+    QJsonObject object;
+    object.insert(kVersionKey, kVersion);
+    return object;
+}
+
+} // namespace
+
+namespace json_rpc {
+
+const char* error_message(ErrorCode code) {
+    switch (code) {
+    case ErrorCode::ParseError:
+        return "Parse error";
+    case ErrorCode::InvalidRequest:
+        return "Invalid Request";
+    case ErrorCode::MethodNotFound:
+        return "Method not found";
+    case ErrorCode::InvalidParams:
+        return "Invalid params";
+    case ErrorCode::InternalError:
+        return "Internal error";
+    }
+    return "Server error";
+}
+
+} // namespace json_rpc
+
+QByteArray RPCObject::to_json_string() const {
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+// --- RPCRequest -------------------------------------------------------------------------------
+
+RPCRequest::RPCRequest(const QString& method) : RPCObject(versioned()) {
+    object.insert(kMethodKey, method);
+}
+
+RPCRequest::RPCRequest(const QString& method, const QJsonValue& params) : RPCRequest(method) {
+    // Null and Undefined both mean "no parameters"; the member is then left out, as the wire
+    // format wants a structured value or nothing.
+    if (!params.isNull() && !params.isUndefined())
+        object.insert(kParamsKey, params);
+}
+
+RPCRequest RPCRequest::from_json(const QJsonObject& object) {
+    RPCRequest request;
+    request.object = object;
+    return request;
+}
+
+QString RPCRequest::method_name() const { return object.value(kMethodKey).toString(); }
+
+QJsonValue RPCRequest::params() const {
+    const QJsonValue params = object.value(kParamsKey);
+    return params.isUndefined() ? QJsonValue(QJsonValue::Null) : params;
+}
+
+QJsonValue RPCRequest::id() const { return object.value(kIdKey); }
+
+bool RPCRequest::is_notification() const { return !object.contains(kIdKey); }
+
+void RPCRequest::set_params(const QJsonObject& params) { object.insert(kParamsKey, params); }
+
+void RPCRequest::set_params(const QJsonArray& params) { object.insert(kParamsKey, params); }
+
+void RPCRequest::set_id(const QJsonValue& id) {
+    // QJsonObject drops a key whose value is Undefined, which turns the request back into a
+    // notification: that is the intended meaning of an Undefined id.
+    object.insert(kIdKey, id);
+}
+
+// --- RPCResponse ------------------------------------------------------------------------------
+
+RPCResponse::RPCResponse(const RPCRequest& request) : RPCObject(versioned()) {
+    const QJsonValue id = request.id();
+    object.insert(kIdKey, id.isUndefined() ? QJsonValue(QJsonValue::Null) : id);
+}
+
+RPCResponse RPCResponse::from_json(const QJsonObject& object) {
+    RPCResponse response;
+    response.object = object;
+    return response;
+}
+
+RPCResponse RPCResponse::error(const QJsonValue& id, json_rpc::ErrorCode code,
+                               const QJsonValue& data) {
+    QJsonObject error;
+    error.insert(kCodeKey, static_cast<int>(code));
+    error.insert(kMessageKey, QString::fromLatin1(json_rpc::error_message(code)));
+    if (!data.isUndefined())
+        error.insert(kDataKey, data);
+
+    RPCResponse response;
+    response.object = versioned();
+    response.object.insert(kIdKey, id.isUndefined() ? QJsonValue(QJsonValue::Null) : id);
+    response.object.insert(kErrorKey, error);
+    return response;
+}
+
+void RPCResponse::set_result(const QJsonValue& result) {
+    // A response holds a result or an error, never both. Undefined would delete the key, so it
+    // is sent as null like any other "no value".
+    object.remove(kErrorKey);
+    object.insert(kResultKey, result.isUndefined() ? QJsonValue(QJsonValue::Null) : result);
+}
+
+QJsonValue RPCResponse::id() const { return object.value(kIdKey); }
+
+QJsonValue RPCResponse::result() const { return object.value(kResultKey); }
+
+bool RPCResponse::is_error() const { return object.contains(kErrorKey); }
+
+int RPCResponse::error_code() const {
+    if (!is_error())
+        return 0;
+    return object.value(kErrorKey).toObject().value(kCodeKey).toInt();
+}
+
+// --- Batches ----------------------------------------------------------------------------------
+
+size_t RPCBatchRequest::notification_count() const {
+    return static_cast<size_t>(std::count_if(items.begin(), items.end(),
+                                             [](const RPCRequest& r) { return r.is_notification(); }));
+}
+
+QByteArray RPCBatchRequest::to_json_string() const {
+    QJsonArray array;
+    for (const RPCRequest& request : items)
+        array.append(request.json());
+    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+}
+
+QByteArray RPCBatchResponse::to_json_string() const {
+    QJsonArray array;
+    for (const RPCResponse& response : items)
+        array.append(response.json());
+    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+}

@@ -1,0 +1,172 @@
+#include "TarvoServer.h"
+
+#include "ClientConnection.h"
+#include "MessageRouter.h"
+#include "log_message.h"
+#include "socket_options.h"
+#include "tls_material.h"
+
+#include <QCoreApplication>
+#include <QNetworkProxyFactory>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QUrl>
+#include <QUrlQuery>
+#include <QWebSocket>
+#include <QWebSocketServer>
+
+#include <cstdio>
+#include <cstdlib>
+
+TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, quint16 port,
+                         bool use_tls, const QString& connection_id, bool debug_json,
+                         QObject* parent)
+    : QObject(parent), router(router), connection_id(connection_id), debug_json(debug_json) {
+    server = new QWebSocketServer(QStringLiteral("TarvoServer"),
+                                  use_tls ? QWebSocketServer::SecureMode
+                                          : QWebSocketServer::NonSecureMode,
+                                  nullptr);
+    if (use_tls) {
+        // Clients are local and connect to "localhost"; nothing is gained by asking them for
+        // certificates, and the built-in certificate is meant to go unverified.
+        QSslConfiguration ssl;
+        const QSslCertificate certificate(tls_certificate_pem, QSsl::Pem);
+        const QSslKey key(tls_private_key_pem, QSsl::Rsa, QSsl::Pem, QSsl::PrivateKey,
+                          QByteArray());
+        ssl.setPeerVerifyMode(QSslSocket::VerifyNone);
+        ssl.setLocalCertificate(certificate);
+        ssl.setPrivateKey(key);
+        ssl.setProtocol(QSsl::SecureProtocols);
+        server->setSslConfiguration(ssl);
+    }
+    // The listener is on the loopback address; a system proxy must never stand in between.
+    QNetworkProxyFactory::setUseSystemConfiguration(false);
+
+    connect(server, &QWebSocketServer::newConnection, this, &TarvoServer::connection);
+    connect(server, &QWebSocketServer::closed, this, &TarvoServer::closed);
+    connect(server, &QWebSocketServer::sslErrors, this, &TarvoServer::onSslErrors);
+
+    // Not started here: a server that no client ever reaches runs until it is killed.
+    connect(&exit_timer, &QTimer::timeout, QCoreApplication::instance(), &QCoreApplication::quit);
+    exit_timer.setSingleShot(true);
+
+    if (!server->listen(address, port)) {
+        log_message(tr("Error: %1\nFailed to setup WebSocket server.").arg(server->errorString()));
+        std::exit(-1);
+    }
+    // A launching process reads this line to learn the port, so it keeps its plain form.
+    std::printf("Listening on port %d\n", static_cast<int>(server->serverPort()));
+    std::fflush(stdout);
+}
+
+TarvoServer::~TarvoServer() {
+    // Taken out of the member first: deleting a socket can emit disconnected(), and
+    // disconnection() must then find nothing to remove.
+    const auto pairs = std::move(connections);
+    connections.clear();
+    for (const auto& [client, socket] : pairs) {
+        delete client;
+        delete socket;
+    }
+    server->close();
+    delete server;
+}
+
+quint16 TarvoServer::port() const { return server->serverPort(); }
+
+void TarvoServer::connection() {
+    QWebSocket* socket = server->nextPendingConnection();
+    if (socket == nullptr)
+        return;
+
+    const QUrl url = socket->requestUrl();
+    QUrlQuery query(url.query());
+    // ws://host:port/abc presents the id "abc" as well as ws://host:port/?connection_id=abc;
+    // the path counts only when the URL has no query at all.
+    if (query.isEmpty()) {
+        QString path = url.path(QUrl::FullyDecoded);
+        path.remove(0, 1);
+        if (!path.isEmpty())
+            query.addQueryItem(QStringLiteral("connection_id"), path);
+    }
+    if (!connection_id.isEmpty()) {
+        const QString presented =
+            query.queryItemValue(QStringLiteral("connection_id"), QUrl::FullyDecoded);
+        if (presented.size() != connection_id.size() || presented != connection_id) {
+            // Refused without a word: no message, no log, and the exit timer keeps running.
+            delete socket;
+            return;
+        }
+    }
+
+    set_low_delay(socket);
+
+    auto* client = new ClientConnection(debug_json);
+    connections.emplace_back(client, socket);
+
+    connect(socket, &QWebSocket::textMessageReceived, client,
+            &ClientConnection::receive_text_message);
+    connect(socket, &QWebSocket::binaryMessageReceived, client,
+            &ClientConnection::receive_binary_message);
+    connect(socket, &QWebSocket::disconnected, this, &TarvoServer::disconnection);
+    connect(client, &ClientConnection::send_text_message, this, &TarvoServer::send_text_message);
+    connect(client, &ClientConnection::send_binary_message, this,
+            &TarvoServer::send_binary_message);
+
+    router->add_client(client);
+    log_message(tr("Connected to %1 on port %2")
+                    .arg(socket->peerAddress().toString())
+                    .arg(socket->peerPort(), 0, 10));
+    exit_timer.stop();
+}
+
+void TarvoServer::disconnection() {
+    auto* socket = qobject_cast<QWebSocket*>(sender());
+    auto it = std::find_if(connections.begin(), connections.end(),
+                           [socket](const auto& pair) { return pair.second == socket; });
+    if (it == connections.end())
+        return;
+    ClientConnection* client = it->first;
+    connections.erase(it);
+
+    log_message(tr("Disconnected from %1 on port %2")
+                    .arg(socket->peerAddress().toString())
+                    .arg(socket->peerPort(), 0, 10));
+    router->remove_client(client);
+    delete client;
+    socket->deleteLater();
+
+    if (timeout_after_disconnect >= 1 && connections.empty()) {
+        // 32-bit arithmetic, wrapping rather than overflowing for absurd values.
+        const auto msec = static_cast<qint32>(static_cast<quint32>(timeout_after_disconnect) * 1000u);
+        exit_timer.start(msec);
+    }
+}
+
+QWebSocket* TarvoServer::socket_of(QObject* client) const {
+    for (const auto& [connection, socket] : connections) {
+        if (connection == client)
+            return socket;
+    }
+    return nullptr;
+}
+
+void TarvoServer::send_text_message(QString message) {
+    if (debug_json)
+        log_message(QLatin1String("<- ") + message);
+    // A frame queued from the worker thread can arrive after its client was removed; it is
+    // dropped then.
+    if (QWebSocket* socket = socket_of(sender()))
+        socket->sendTextMessage(message);
+}
+
+void TarvoServer::send_binary_message(QByteArray message) {
+    if (QWebSocket* socket = socket_of(sender()))
+        socket->sendBinaryMessage(message);
+}
+
+void TarvoServer::onSslErrors(QList<QSslError> errors) {
+    Q_UNUSED(errors);
+    log_message(QStringLiteral("got ssl errors."));
+}

@@ -1,0 +1,70 @@
+#pragma once
+// The listening WebSocket endpoint and the list of connected clients. It admits or refuses each
+// new connection by its connection id, pairs every admitted socket with a ClientConnection, tells
+// the router about clients coming and going, writes every outgoing frame to the right socket, and
+// ends the process a set time after the last client has gone.
+//
+// Thread: a QObject of the main thread; the sockets are only ever touched there. The slots
+// send_text_message and send_binary_message are also reached from connections that emit on the
+// worker thread; Qt then delivers them as queued calls, so no lock is needed.
+
+#include <QByteArray>
+#include <QHostAddress>
+#include <QList>
+#include <QObject>
+#include <QSslError>
+#include <QString>
+#include <QTimer>
+
+#include <utility>
+#include <vector>
+
+class ClientConnection;
+class MessageRouter;
+class QWebSocket;
+class QWebSocketServer;
+
+class TarvoServer : public QObject {
+    Q_OBJECT
+
+public:
+    // Opens the listener and prints "Listening on port N" on standard output. If the address
+    // can't be bound, logs the reason and ends the process with exit status -1.
+    TarvoServer(MessageRouter* router, const QHostAddress& address, quint16 port, bool use_tls,
+                const QString& connection_id, bool debug_json, QObject* parent = nullptr);
+    // Deletes every connection and its socket without telling the router (the process is
+    // ending), then closes the listener.
+    ~TarvoServer() override;
+    TarvoServer(const TarvoServer&) = delete;
+    TarvoServer& operator=(const TarvoServer&) = delete;
+
+    // Seconds after the last client has gone until the process quits; below 1 means never.
+    void set_timeout_after_disconnect(int seconds) { timeout_after_disconnect = seconds; }
+
+    // The port actually bound (the system's choice when 0 was asked for).
+    quint16 port() const;
+    int client_count() const { return static_cast<int>(connections.size()); }
+    bool exit_timer_active() const { return exit_timer.isActive(); }
+
+signals:
+    void closed();
+
+private slots:
+    void connection();
+    void disconnection();
+    void send_text_message(QString message);
+    void send_binary_message(QByteArray message);
+    void onSslErrors(QList<QSslError> errors);
+
+private:
+    QWebSocket* socket_of(QObject* client) const;
+
+    QWebSocketServer* server = nullptr; // owned
+    MessageRouter* router;              // not owned
+    // Owns both objects of each pair; in order of acceptance.
+    std::vector<std::pair<ClientConnection*, QWebSocket*>> connections;
+    QString connection_id; // empty: every client is admitted
+    bool debug_json;
+    int timeout_after_disconnect = 0;
+    QTimer exit_timer; // single-shot; runs only while no client is connected
+};

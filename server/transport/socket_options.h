@@ -1,0 +1,8 @@
+#pragma once
+// Socket tuning that QWebSocket has no setter for.
+
+class QWebSocket;
+
+// Turns off Nagle's algorithm on the TCP connection under `socket`. Answers whether the option
+// could be set. Main thread (the socket's thread) only.
+bool set_low_delay(QWebSocket* socket);
