@@ -146,7 +146,6 @@ void JsonRPCParser::parse(const QString& text) {
         if (classified.kind == Kind::Request)
             requests.push_back(RPCRequest::from_json(array.at(i).toObject()));
         else
-            errors.add_response(
-                RPCResponse::error(classified.error_id, ErrorCode::InvalidRequest));
+            errors.add_response(RPCResponse::error(classified.error_id, ErrorCode::InvalidRequest));
     }
 }

@@ -61,20 +61,30 @@ RPCRequest RPCRequest::from_json(const QJsonObject& object) {
     return request;
 }
 
-QString RPCRequest::method_name() const { return object.value(kMethodKey).toString(); }
+QString RPCRequest::method_name() const {
+    return object.value(kMethodKey).toString();
+}
 
 QJsonValue RPCRequest::params() const {
     const QJsonValue params = object.value(kParamsKey);
     return params.isUndefined() ? QJsonValue(QJsonValue::Null) : params;
 }
 
-QJsonValue RPCRequest::id() const { return object.value(kIdKey); }
+QJsonValue RPCRequest::id() const {
+    return object.value(kIdKey);
+}
 
-bool RPCRequest::is_notification() const { return !object.contains(kIdKey); }
+bool RPCRequest::is_notification() const {
+    return !object.contains(kIdKey);
+}
 
-void RPCRequest::set_params(const QJsonObject& params) { object.insert(kParamsKey, params); }
+void RPCRequest::set_params(const QJsonObject& params) {
+    object.insert(kParamsKey, params);
+}
 
-void RPCRequest::set_params(const QJsonArray& params) { object.insert(kParamsKey, params); }
+void RPCRequest::set_params(const QJsonArray& params) {
+    object.insert(kParamsKey, params);
+}
 
 void RPCRequest::set_id(const QJsonValue& id) {
     // QJsonObject drops a key whose value is Undefined, which turns the request back into a
@@ -117,11 +127,17 @@ void RPCResponse::set_result(const QJsonValue& result) {
     object.insert(kResultKey, result.isUndefined() ? QJsonValue(QJsonValue::Null) : result);
 }
 
-QJsonValue RPCResponse::id() const { return object.value(kIdKey); }
+QJsonValue RPCResponse::id() const {
+    return object.value(kIdKey);
+}
 
-QJsonValue RPCResponse::result() const { return object.value(kResultKey); }
+QJsonValue RPCResponse::result() const {
+    return object.value(kResultKey);
+}
 
-bool RPCResponse::is_error() const { return object.contains(kErrorKey); }
+bool RPCResponse::is_error() const {
+    return object.contains(kErrorKey);
+}
 
 int RPCResponse::error_code() const {
     if (!is_error())
@@ -132,8 +148,8 @@ int RPCResponse::error_code() const {
 // --- Batches ----------------------------------------------------------------------------------
 
 size_t RPCBatchRequest::notification_count() const {
-    return static_cast<size_t>(std::count_if(items.begin(), items.end(),
-                                             [](const RPCRequest& r) { return r.is_notification(); }));
+    return static_cast<size_t>(std::count_if(
+        items.begin(), items.end(), [](const RPCRequest& r) { return r.is_notification(); }));
 }
 
 QByteArray RPCBatchRequest::to_json_string() const {

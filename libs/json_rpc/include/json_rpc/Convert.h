@@ -6,7 +6,8 @@
 // Parameter rules (the "type words" of the method tables):
 //   string       JSON string; UTF-8 bytes up to the first NUL character
 //   int          JSON number whose fractional part is exactly 0; truncated to 32 bits, no range
-//                check (1e12 passes and gives the processor's conversion result)
+//                check (1e12 passes and gives the processor's conversion result: a value
+//                outside the int range becomes INT_MIN, as x86's truncating conversion makes it)
 //   double       JSON number
 //   bool         JSON bool only (0 and 1 are not booleans)
 //   int list     array, each element by the int rule; an empty array is accepted
@@ -66,12 +67,20 @@ template <typename T, size_t N> bool from_json(const QJsonValue& value, std::arr
     return true;
 }
 
-inline QJsonValue to_json(bool value) { return QJsonValue(value); }
-inline QJsonValue to_json(int value) { return QJsonValue(static_cast<double>(value)); }
-inline QJsonValue to_json(double value) { return QJsonValue(value); }
+inline QJsonValue to_json(bool value) {
+    return QJsonValue(value);
+}
+inline QJsonValue to_json(int value) {
+    return QJsonValue(static_cast<double>(value));
+}
+inline QJsonValue to_json(double value) {
+    return QJsonValue(value);
+}
 QJsonValue to_json(const std::string& value); // bytes up to the first NUL, read as UTF-8
-QJsonValue to_json(const char* value);         // null pointer gives the empty string
-inline QJsonValue to_json(const QJsonValue& value) { return value; }
+QJsonValue to_json(const char* value);        // null pointer gives the empty string
+inline QJsonValue to_json(const QJsonValue& value) {
+    return value;
+}
 
 template <typename A, typename B> QJsonValue to_json(const std::pair<A, B>& value) {
     return QJsonArray{to_json(value.first), to_json(value.second)};

@@ -38,12 +38,16 @@ struct ParamSpec {
     std::optional<QJsonValue> default_value; // set: optional input with this default
 };
 
-inline ParamSpec param(const char* name) { return ParamSpec{QString::fromLatin1(name), {}}; }
+inline ParamSpec param(const char* name) {
+    return ParamSpec{QString::fromLatin1(name), {}};
+}
 inline ParamSpec optional_param(const char* name, QJsonValue default_value) {
     return ParamSpec{QString::fromLatin1(name), std::move(default_value)};
 }
 // Output key; spelled apart from param() only for the reader of a table.
-inline ParamSpec out(const char* key) { return ParamSpec{QString::fromLatin1(key), {}}; }
+inline ParamSpec out(const char* key) {
+    return ParamSpec{QString::fromLatin1(key), {}};
+}
 
 template <typename T>
 inline constexpr bool is_output_v =
@@ -66,10 +70,9 @@ public:
     GenericRPCMethodWrapper(Function function, std::vector<json_rpc::ParamSpec> specs)
         : function(std::move(function)), specs(std::move(specs)) {
         if (this->specs.size() != sizeof...(Args))
-            throw std::invalid_argument("GenericRPCMethodWrapper: " +
-                                        std::to_string(this->specs.size()) +
-                                        " parameter specs for " +
-                                        std::to_string(sizeof...(Args)) + " arguments");
+            throw std::invalid_argument(
+                "GenericRPCMethodWrapper: " + std::to_string(this->specs.size()) +
+                " parameter specs for " + std::to_string(sizeof...(Args)) + " arguments");
         if (!this->function)
             throw std::invalid_argument("GenericRPCMethodWrapper: no function");
     }
@@ -97,9 +100,7 @@ public:
         return convert_all(values, std::index_sequence_for<Args...>{});
     }
 
-    QJsonValue invoke() override {
-        return call(std::index_sequence_for<Args...>{});
-    }
+    QJsonValue invoke() override { return call(std::index_sequence_for<Args...>{}); }
 
 private:
     static constexpr bool is_output[sizeof...(Args) + 1] = {json_rpc::is_output_v<Args>..., false};
@@ -134,7 +135,8 @@ private:
             if constexpr (std::is_void_v<R>) {
                 function(std::get<I>(arguments)...);
             } else {
-                result.insert(QStringLiteral("return"), to_json(function(std::get<I>(arguments)...)));
+                result.insert(QStringLiteral("return"),
+                              to_json(function(std::get<I>(arguments)...)));
             }
             (store_output<I>(result), ...);
             return result;

@@ -1,0 +1,395 @@
+// What one JSON-RPC call costs on its way through tarvo_server (socket, parser, router, queue,
+// worker, wrapper and back), set against the floor that a bare WebSocket echo gives on the same
+// machine in the same run.
+//
+//   bench_rpc_latency [server-binary] [--calls N] [--warmup N] [--pipelined N] [--echo-only]
+//
+// The server binary comes from the argument, else from TARVO_SERVER, else from the build's own
+// tarvo_server target when it exists. Without one only the echo server is measured.
+//
+// Two measurements per target:
+//   sequential  one request in flight at a time; latency of each round trip after a warm-up
+//   pipelined   all requests written at once; replies per second until the last one is back
+// Both targets pay the same client-side costs (building the text, parsing every reply).
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QThread>
+#include <QTimer>
+#include <QUrl>
+#include <QWebSocket>
+#include <QWebSocketServer>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+#include <vector>
+
+namespace {
+
+QString request_text(qint64 id) {
+    return QStringLiteral(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":%1})").arg(id);
+}
+
+struct Reply {
+    qint64 id = -1;
+    bool error = false;
+};
+
+// The id of a reply, or nothing for a message without one (a server notification).
+std::optional<Reply> read_reply(const QString& message) {
+    const QJsonObject object = QJsonDocument::fromJson(message.toUtf8()).object();
+    const auto id = object.constFind(QLatin1String("id"));
+    if (id == object.constEnd() || !id->isDouble())
+        return std::nullopt;
+    return Reply{id->toInteger(-1), object.contains(QLatin1String("error"))};
+}
+
+// A plain WebSocket echo on a thread of its own, so that client and server each run their own
+// event loop, as they do against the real process.
+class EchoServer {
+public:
+    EchoServer() {
+        thread.setObjectName(QStringLiteral("echo"));
+        anchor = new QObject;
+        anchor->moveToThread(&thread);
+        thread.start();
+        QMetaObject::invokeMethod(
+            anchor,
+            [this] {
+                auto* server = new QWebSocketServer(QStringLiteral("echo"),
+                                                    QWebSocketServer::NonSecureMode, anchor);
+                if (!server->listen(QHostAddress::LocalHost, 0))
+                    return quint16(0);
+                QObject::connect(server, &QWebSocketServer::newConnection, server, [server] {
+                    while (QWebSocket* socket = server->nextPendingConnection()) {
+                        QObject::connect(
+                            socket, &QWebSocket::textMessageReceived, socket,
+                            [socket](const QString& message) { socket->sendTextMessage(message); });
+                        QObject::connect(socket, &QWebSocket::disconnected, socket,
+                                         &QObject::deleteLater);
+                    }
+                });
+                return server->serverPort();
+            },
+            Qt::BlockingQueuedConnection, &listening_port);
+    }
+
+    ~EchoServer() {
+        QMetaObject::invokeMethod(
+            anchor, [this] { delete anchor; }, Qt::BlockingQueuedConnection);
+        thread.quit();
+        thread.wait();
+    }
+
+    quint16 port() const { return listening_port; }
+
+private:
+    QThread thread;
+    QObject* anchor = nullptr; // lives on `thread`; parent of the listener and its sockets
+    quint16 listening_port = 0;
+};
+
+// The real server as a child process; the port is read from its first line of interest.
+class ServerProcess {
+public:
+    bool start(const QString& program, int timeout_ms, QString* error) {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(program, {QStringLiteral("--port"), QStringLiteral("0")});
+        if (!process.waitForStarted(10000)) {
+            *error = QStringLiteral("cannot start %1: %2").arg(program, process.errorString());
+            return false;
+        }
+        static const QRegularExpression port_line(QStringLiteral(R"(Listening on port (\d+))"));
+        QByteArray output;
+        QElapsedTimer waited;
+        waited.start();
+        while (waited.elapsed() < timeout_ms) {
+            if (!process.waitForReadyRead(100)) {
+                if (process.state() == QProcess::NotRunning) {
+                    *error = QStringLiteral("server exited (code %1) before listening")
+                                 .arg(process.exitCode());
+                    return false;
+                }
+                continue;
+            }
+            output += process.readAllStandardOutput();
+            const QRegularExpressionMatch match = port_line.match(QString::fromUtf8(output));
+            if (match.hasMatch()) {
+                listening_port = static_cast<quint16>(match.captured(1).toUInt());
+                // From here on its log is read and dropped, so that the pipe never fills.
+                QObject::connect(&process, &QProcess::readyReadStandardOutput, &process,
+                                 [this] { process.readAllStandardOutput(); });
+                return true;
+            }
+        }
+        *error = QStringLiteral("no \"Listening on port\" line within %1 s").arg(timeout_ms / 1000);
+        return false;
+    }
+
+    ~ServerProcess() {
+        if (process.state() == QProcess::NotRunning)
+            return;
+        process.terminate();
+        if (!process.waitForFinished(5000)) {
+            process.kill();
+            process.waitForFinished(5000);
+        }
+    }
+
+    quint16 port() const { return listening_port; }
+
+    // Empty while the server runs; otherwise how it ended, for the report of a failed phase.
+    QString exit_text() {
+        process.waitForFinished(200);
+        if (process.state() != QProcess::NotRunning)
+            return QString();
+        return process.exitStatus() == QProcess::CrashExit
+                   ? QStringLiteral("server crashed")
+                   : QStringLiteral("server exited with code %1").arg(process.exitCode());
+    }
+
+private:
+    QProcess process;
+    quint16 listening_port = 0;
+};
+
+bool open_socket(QWebSocket& socket, quint16 port, int timeout_ms) {
+    QEventLoop loop;
+    QTimer::singleShot(timeout_ms, &loop, &QEventLoop::quit);
+    QObject::connect(&socket, &QWebSocket::stateChanged, &loop,
+                     [&loop](QAbstractSocket::SocketState state) {
+                         if (state == QAbstractSocket::ConnectedState ||
+                             state == QAbstractSocket::UnconnectedState)
+                             loop.quit();
+                     });
+    socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/").arg(port)));
+    loop.exec();
+    return socket.state() == QAbstractSocket::ConnectedState;
+}
+
+struct Result {
+    std::vector<double> latency_us; // sequential, after warm-up
+    int sequential_replies = 0;     // warm-up included
+    int sequential_errors = 0;      // replies that carried an error instead of a result
+    bool sequential_complete = false;
+    int pipelined_sent = 0;
+    int pipelined_received = 0;
+    double pipelined_seconds = 0;
+    QString failure;
+};
+
+void run_sequential(QWebSocket& socket, int warmup, int calls, int timeout_ms, Result& result) {
+    const int total = warmup + calls;
+    result.latency_us.reserve(static_cast<size_t>(calls));
+    int in_flight = 0;
+    QString next_text = request_text(0);
+    QElapsedTimer clock;
+    QEventLoop loop;
+    QTimer::singleShot(timeout_ms, &loop, &QEventLoop::quit);
+
+    const auto send = [&] {
+        clock.start();
+        socket.sendTextMessage(next_text);
+    };
+    const QMetaObject::Connection connection = QObject::connect(
+        &socket, &QWebSocket::textMessageReceived, &loop, [&](const QString& message) {
+            const qint64 elapsed_ns = clock.nsecsElapsed();
+            const std::optional<Reply> reply = read_reply(message);
+            if (!reply || reply->id != in_flight)
+                return;
+            result.sequential_errors += reply->error ? 1 : 0;
+            if (in_flight >= warmup)
+                result.latency_us.push_back(static_cast<double>(elapsed_ns) / 1000.0);
+            result.sequential_replies = ++in_flight;
+            if (in_flight == total) {
+                result.sequential_complete = true;
+                loop.quit();
+                return;
+            }
+            next_text = request_text(in_flight);
+            send();
+        });
+    QObject::connect(&socket, &QWebSocket::disconnected, &loop, &QEventLoop::quit);
+    send();
+    loop.exec();
+    QObject::disconnect(connection);
+}
+
+void run_pipelined(QWebSocket& socket, int count, int timeout_ms, Result& result) {
+    // Ids far from the sequential ones, so that a straggler from before is never counted.
+    constexpr qint64 first_id = 1'000'000;
+    std::vector<QString> texts;
+    texts.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        texts.push_back(request_text(first_id + i));
+
+    QEventLoop loop;
+    QTimer::singleShot(timeout_ms, &loop, &QEventLoop::quit);
+    QElapsedTimer clock;
+    qint64 last_reply_ns = 0;
+    const QMetaObject::Connection connection = QObject::connect(
+        &socket, &QWebSocket::textMessageReceived, &loop, [&](const QString& message) {
+            const std::optional<Reply> reply = read_reply(message);
+            if (!reply || reply->id < first_id || reply->id >= first_id + count)
+                return;
+            last_reply_ns = clock.nsecsElapsed();
+            if (++result.pipelined_received == count)
+                loop.quit();
+        });
+    QObject::connect(&socket, &QWebSocket::disconnected, &loop, &QEventLoop::quit);
+    clock.start();
+    for (const QString& text : texts)
+        socket.sendTextMessage(text);
+    result.pipelined_sent = count;
+    loop.exec();
+    QObject::disconnect(connection);
+    result.pipelined_seconds = static_cast<double>(last_reply_ns) / 1e9;
+}
+
+Result measure(quint16 port, int warmup, int calls, int pipelined, int timeout_ms) {
+    Result result;
+    QWebSocket socket;
+    if (!open_socket(socket, port, 10000)) {
+        result.failure =
+            QStringLiteral("cannot connect to port %1: %2").arg(port).arg(socket.errorString());
+        return result;
+    }
+    run_sequential(socket, warmup, calls, timeout_ms, result);
+    if (!result.sequential_complete)
+        result.failure = QStringLiteral("sequential phase stopped after %1 of %2 replies")
+                             .arg(result.sequential_replies)
+                             .arg(warmup + calls);
+    else if (pipelined > 0)
+        run_pipelined(socket, pipelined, timeout_ms, result);
+    socket.close();
+    return result;
+}
+
+// Nearest-rank percentile of sorted values.
+double percentile(const std::vector<double>& sorted, double q) {
+    if (sorted.empty())
+        return NAN;
+    const size_t rank = static_cast<size_t>(std::ceil(q * static_cast<double>(sorted.size())));
+    return sorted[std::min(sorted.size() - 1, rank == 0 ? 0 : rank - 1)];
+}
+
+struct Summary {
+    double p50 = NAN, p90 = NAN, p99 = NAN, max = NAN, rate = NAN;
+};
+
+Summary print_row(const char* name, Result& result) {
+    Summary s;
+    std::sort(result.latency_us.begin(), result.latency_us.end());
+    if (!result.latency_us.empty()) {
+        s.p50 = percentile(result.latency_us, 0.50);
+        s.p90 = percentile(result.latency_us, 0.90);
+        s.p99 = percentile(result.latency_us, 0.99);
+        s.max = result.latency_us.back();
+    }
+    if (result.pipelined_received > 0 && result.pipelined_seconds > 0)
+        s.rate = result.pipelined_received / result.pipelined_seconds;
+    std::printf("%-13s %7zu %9.1f %9.1f %9.1f %10.1f %13.0f %9d/%d\n", name,
+                result.latency_us.size(), s.p50, s.p90, s.p99, s.max, s.rate,
+                result.pipelined_received, result.pipelined_sent);
+    if (result.sequential_errors > 0)
+        std::printf("  note: %d sequential replies were errors, not results\n",
+                    result.sequential_errors);
+    if (!result.failure.isEmpty())
+        std::printf("  failed: %s\n", qPrintable(result.failure));
+    return s;
+}
+
+QString default_server_path() {
+    const QString from_env = qEnvironmentVariable("TARVO_SERVER");
+    if (!from_env.isEmpty())
+        return from_env;
+#ifdef TARVO_SERVER_BUILD_PATH
+    const QString built = QStringLiteral(TARVO_SERVER_BUILD_PATH);
+    if (QFileInfo(built).isExecutable())
+        return built;
+#endif
+    return QString();
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QCommandLineParser options;
+    options.setApplicationDescription(
+        QStringLiteral("Round trip and throughput of tarvo.get_version: echo vs tarvo_server"));
+    options.addHelpOption();
+    options.addPositionalArgument(QStringLiteral("server"),
+                                  QStringLiteral("tarvo_server binary (default: $TARVO_SERVER)"));
+    const QCommandLineOption calls_option(QStringLiteral("calls"),
+                                          QStringLiteral("Measured sequential calls."),
+                                          QStringLiteral("n"), QStringLiteral("5000"));
+    const QCommandLineOption warmup_option(QStringLiteral("warmup"),
+                                           QStringLiteral("Sequential calls before measuring."),
+                                           QStringLiteral("n"), QStringLiteral("500"));
+    const QCommandLineOption pipelined_option(QStringLiteral("pipelined"),
+                                              QStringLiteral("Requests sent without waiting."),
+                                              QStringLiteral("n"), QStringLiteral("20000"));
+    const QCommandLineOption timeout_option(QStringLiteral("timeout"),
+                                            QStringLiteral("Seconds allowed for each phase."),
+                                            QStringLiteral("s"), QStringLiteral("120"));
+    const QCommandLineOption echo_only_option(QStringLiteral("echo-only"),
+                                              QStringLiteral("Measure the echo server alone."));
+    options.addOptions(
+        {calls_option, warmup_option, pipelined_option, timeout_option, echo_only_option});
+    options.process(app);
+
+    const int calls = std::max(1, options.value(calls_option).toInt());
+    const int warmup = std::max(0, options.value(warmup_option).toInt());
+    const int pipelined = std::max(0, options.value(pipelined_option).toInt());
+    const int timeout_ms = std::max(1, options.value(timeout_option).toInt()) * 1000;
+    const QString server_path = options.positionalArguments().value(0, default_server_path());
+
+    std::printf("tarvo.get_version: %d sequential calls after %d warm-up, %d pipelined\n", calls,
+                warmup, pipelined);
+    std::printf("%-13s %7s %9s %9s %9s %10s %13s %13s\n", "target", "calls", "p50_us", "p90_us",
+                "p99_us", "max_us", "pipelined/s", "replies");
+
+    Result echo_result;
+    {
+        EchoServer echo;
+        if (echo.port() == 0) {
+            std::printf("echo server could not listen\n");
+            return 1;
+        }
+        echo_result = measure(echo.port(), warmup, calls, pipelined, timeout_ms);
+    }
+    const Summary echo = print_row("echo", echo_result);
+
+    if (options.isSet(echo_only_option) || server_path.isEmpty()) {
+        std::printf("tarvo_server: not measured (%s)\n",
+                    options.isSet(echo_only_option) ? "--echo-only"
+                                                    : "no binary given, TARVO_SERVER unset");
+        return echo_result.failure.isEmpty() ? 0 : 1;
+    }
+
+    ServerProcess server;
+    QString error;
+    if (!server.start(server_path, timeout_ms, &error)) {
+        std::printf("tarvo_server: not measured (%s)\n", qPrintable(error));
+        return 1;
+    }
+    Result server_result = measure(server.port(), warmup, calls, pipelined, timeout_ms);
+    if (!server_result.failure.isEmpty() && !server.exit_text().isEmpty())
+        server_result.failure += QStringLiteral(" (%1)").arg(server.exit_text());
+    const Summary tarvo = print_row("tarvo_server", server_result);
+
+    std::printf("ratio p50(tarvo_server)/p50(echo): %.2f\n", tarvo.p50 / echo.p50);
+    std::printf("ratio pipelined(echo)/pipelined(tarvo_server): %.2f\n", echo.rate / tarvo.rate);
+    return echo_result.failure.isEmpty() && server_result.failure.isEmpty() ? 0 : 1;
+}

@@ -1,0 +1,261 @@
+// Classification of received text: single messages, batches, responses from clients, and the
+// error answers for what is malformed.
+
+#include "TestJson.h"
+#include "json_rpc/JsonRPCParser.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+JsonRPCParser parsed(const char* text) {
+    JsonRPCParser parser;
+    parser.parse(QString::fromUtf8(text));
+    return parser;
+}
+
+// The error a single bad message draws: its code and the id it is answered under.
+void expect_single_error(const char* text, int code, const QJsonValue& id) {
+    SCOPED_TRACE(text);
+    const JsonRPCParser parser = parsed(text);
+    EXPECT_FALSE(parser.is_empty());
+    EXPECT_FALSE(parser.is_batch());
+    ASSERT_TRUE(parser.has_errors());
+    EXPECT_EQ(parser.error().error_code(), code);
+    EXPECT_EQ(parser.error().id(), id);
+    EXPECT_EQ(wire(parser.error().to_json_string())[QLatin1String("id")], id);
+}
+
+const QJsonValue null_id = QJsonValue(QJsonValue::Null);
+
+} // namespace
+
+TEST(JsonRPCParser, NothingToActOn) {
+    for (const char* text : {"", " ", "\n\t  \r\n"}) {
+        const JsonRPCParser parser = parsed(text);
+        EXPECT_TRUE(parser.is_empty()) << '"' << text << '"';
+        EXPECT_FALSE(parser.has_errors());
+        EXPECT_FALSE(parser.is_request());
+    }
+}
+
+TEST(JsonRPCParser, TextThatIsNoJsonIsAParseError) {
+    expect_single_error("hello", -32700, null_id);
+    // A request cut off in the middle.
+    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":"bar","baz])", -32700,
+                        null_id);
+    // A batch cut off in the middle is one parse error, not a batch.
+    expect_single_error(R"([{"jsonrpc":"2.0","method":"tarvo.get_version","id":"1"},
+                           {"jsonrpc":"2.0","method")",
+                        -32700, null_id);
+    expect_single_error("[1] [2]", -32700, null_id);
+    expect_single_error("1, 2", -32700, null_id);
+}
+
+TEST(JsonRPCParser, JsonThatCannotBeARequestIsAnInvalidRequest) {
+    // Scalars at the top level are JSON, just not JSON-RPC.
+    for (const char* text : {"42", "\"tarvo.cmd\"", "true", "null"})
+        expect_single_error(text, -32600, null_id);
+    // An empty array is one invalid request, not an empty batch.
+    expect_single_error("[]", -32600, null_id);
+    expect_single_error(" [ ] ", -32600, null_id);
+}
+
+TEST(JsonRPCParser, MalformedRequestObjects) {
+    // Without an id, or with one that cannot be trusted, the error goes under a null id.
+    expect_single_error(R"({"jsonrpc":"2.0","method":1,"params":"bar"})", -32600, null_id);
+    expect_single_error(R"({"foo":"boo"})", -32600, null_id);
+    expect_single_error(R"({})", -32600, null_id);
+    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":{"a":1}})", -32600, null_id);
+    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":[1]})", -32600, null_id);
+    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":true})", -32600, null_id);
+
+    // A readable id is echoed, whatever else is wrong.
+    expect_single_error(R"({"jsonrpc":"1.0","method":"tarvo.cmd","id":12})", -32600,
+                        QJsonValue(12));
+    expect_single_error(R"({"method":"tarvo.cmd","id":"q"})", -32600, QJsonValue("q"));
+    expect_single_error(R"({"jsonrpc":2.0,"method":"tarvo.cmd","id":3})", -32600, QJsonValue(3));
+    expect_single_error(R"({"jsonrpc":"2.0","id":3})", -32600, QJsonValue(3));
+    expect_single_error(R"({"jsonrpc":"2.0","method":["tarvo.cmd"],"id":3})", -32600,
+                        QJsonValue(3));
+    for (const char* params : {"null", "\"bar\"", "3", "false"}) {
+        const QByteArray text = QByteArray(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":3,)") +
+                                R"("params":)" + params + "}";
+        expect_single_error(text.constData(), -32600, QJsonValue(3));
+    }
+}
+
+TEST(JsonRPCParser, ValidSingleRequests) {
+    const JsonRPCParser named =
+        parsed(R"({"jsonrpc":"2.0","method":"tarvo.get_volume_count","params":{"a":1},"id":"v1"})");
+    ASSERT_FALSE(named.has_errors());
+    EXPECT_FALSE(named.is_batch());
+    EXPECT_TRUE(named.is_request());
+    EXPECT_EQ(named.request().method_name(), QStringLiteral("tarvo.get_volume_count"));
+    EXPECT_EQ(named.request().params(), json(R"({"a":1})"));
+    EXPECT_EQ(named.request().id(), QJsonValue("v1"));
+    EXPECT_FALSE(named.request().is_notification());
+
+    // Positional params are valid JSON-RPC; refusing them is left to the wrappers.
+    const JsonRPCParser positional =
+        parsed(R"({"jsonrpc":"2.0","method":"tarvo.scale_size","params":[2,3],"id":1})");
+    ASSERT_TRUE(positional.is_request());
+    EXPECT_TRUE(positional.request().params().isArray());
+
+    const JsonRPCParser notification =
+        parsed(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}})");
+    ASSERT_TRUE(notification.is_request());
+    EXPECT_TRUE(notification.request().is_notification());
+
+    // A null id asks for an answer; missing params read as Null.
+    const JsonRPCParser null_id_request =
+        parsed(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":null})");
+    ASSERT_TRUE(null_id_request.is_request());
+    EXPECT_FALSE(null_id_request.request().is_notification());
+    EXPECT_TRUE(null_id_request.request().params().isNull());
+
+    // Members the format does not know are tolerated.
+    EXPECT_TRUE(parsed(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":1,"x":2})").is_request());
+}
+
+TEST(JsonRPCParser, NumericIdPolicy) {
+    // Integers a double holds exactly are echoed digit for digit; so is a fractional id.
+    for (const char* id : {"7", "-7", "0", "9007199254740991", "-9007199254740991", "1.5"}) {
+        SCOPED_TRACE(id);
+        const QByteArray text =
+            QByteArray(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":)") + id + "}";
+        const JsonRPCParser parser = parsed(text.constData());
+        ASSERT_TRUE(parser.is_request());
+        RPCResponse response(parser.request());
+        response.set_result(1);
+        EXPECT_TRUE(response.to_json_string().contains(QByteArray("\"id\":") + id))
+            << response.to_json_string().constData();
+    }
+    // Beyond 2^53 - 1 an id could be altered on its way back: refused under a null id.
+    for (const char* id : {"9007199254740992", "-9007199254740992", "9007199254740993",
+                           "18446744073709551616", "1e20"}) {
+        const QByteArray text =
+            QByteArray(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":)") + id + "}";
+        expect_single_error(text.constData(), -32600, null_id);
+    }
+    // Inside a batch the same element is refused and the rest stands.
+    const JsonRPCParser batch = parsed(R"([{"jsonrpc":"2.0","method":"a","id":9007199254740993},
+                   {"jsonrpc":"2.0","method":"b","id":9007199254740991}])");
+    ASSERT_EQ(batch.batch_errors().response_count(), 1u);
+    EXPECT_TRUE(batch.batch_errors().responses()[0].id().isNull());
+    ASSERT_EQ(batch.batch_requests().request_count(), 1u);
+    EXPECT_EQ(batch.batch_requests().requests()[0].method_name(), QStringLiteral("b"));
+}
+
+TEST(JsonRPCParser, ResponsesFromClients) {
+    const JsonRPCParser result = parsed(R"({"jsonrpc":"2.0","result":19,"id":3})");
+    EXPECT_FALSE(result.has_errors());
+    EXPECT_FALSE(result.is_request());
+    EXPECT_FALSE(result.is_batch());
+    EXPECT_EQ(result.response().id(), QJsonValue(3));
+    EXPECT_EQ(result.response().result(), QJsonValue(19));
+
+    const JsonRPCParser error =
+        parsed(R"({"jsonrpc":"2.0","error":{"code":-32601,"message":"Method not found"},
+                   "id":"9"})");
+    EXPECT_FALSE(error.has_errors());
+    EXPECT_FALSE(error.is_request());
+    EXPECT_EQ(error.response().error_code(), -32601);
+
+    const JsonRPCParser batch = parsed(R"([{"jsonrpc":"2.0","result":1,"id":1},
+                                           {"jsonrpc":"2.0","result":null,"id":2}])");
+    EXPECT_TRUE(batch.is_batch());
+    EXPECT_FALSE(batch.is_request());
+    ASSERT_EQ(batch.batch_responses().response_count(), 2u);
+    EXPECT_EQ(batch.batch_responses().responses()[1].id(), QJsonValue(2));
+    EXPECT_EQ(batch.batch_requests().request_count(), 0u);
+    EXPECT_EQ(batch.batch_errors().response_count(), 0u);
+
+    // An object with a method is a request even if it also carries a result.
+    EXPECT_TRUE(parsed(R"({"jsonrpc":"2.0","method":"m","result":1,"id":1})").is_request());
+}
+
+TEST(JsonRPCParser, BatchesOfOnlyBadElements) {
+    const JsonRPCParser one = parsed("[1]");
+    EXPECT_TRUE(one.is_batch());
+    EXPECT_TRUE(one.is_request());
+    EXPECT_FALSE(one.has_errors());
+    EXPECT_EQ(one.batch_requests().request_count(), 0u);
+    ASSERT_EQ(one.batch_errors().response_count(), 1u);
+    EXPECT_EQ(one.batch_errors().responses()[0].error_code(), -32600);
+
+    const JsonRPCParser three = parsed("[1,2,3]");
+    EXPECT_TRUE(three.is_batch());
+    EXPECT_EQ(three.batch_requests().request_count(), 0u);
+    ASSERT_EQ(three.batch_errors().response_count(), 3u);
+    const RPCBatchResponse errors = three.batch_errors();
+    for (const RPCResponse& error : errors.responses()) {
+        EXPECT_EQ(error.error_code(), -32600);
+        EXPECT_TRUE(error.id().isNull());
+    }
+    const QJsonValue text = wire(errors.to_json_string());
+    ASSERT_EQ(text.toArray().size(), 3);
+}
+
+TEST(JsonRPCParser, MixedBatchKeepsTextOrder) {
+    const JsonRPCParser parser = parsed(R"([
+        {"jsonrpc":"2.0","method":"tarvo.get_version","id":"1"},
+        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}},
+        {"foo":"boo"},
+        {"jsonrpc":"2.0","method":"tarvo.scale_size","params":{"size":2,"factor":3},"id":"2"},
+        42,
+        {"jsonrpc":"2.0","method":"tarvo.no_such_method","id":"5"},
+        {"jsonrpc":"2.0","result":1,"id":"r"},
+        {"jsonrpc":"2.0","method":"tarvo.get_volume_count","id":"9"}
+    ])");
+    EXPECT_TRUE(parser.is_batch());
+    EXPECT_TRUE(parser.is_request());
+
+    const RPCBatchRequest requests = parser.batch_requests();
+    ASSERT_EQ(requests.request_count(), 5u);
+    EXPECT_EQ(requests.notification_count(), 1u);
+    const char* methods[] = {"tarvo.get_version", "tarvo.cmd", "tarvo.scale_size",
+                             "tarvo.no_such_method", "tarvo.get_volume_count"};
+    for (size_t i = 0; i < 5; ++i)
+        EXPECT_EQ(requests.requests()[i].method_name(), QString::fromLatin1(methods[i]));
+
+    // The object, the scalar, and the stray response: one error each, none under a live id.
+    const RPCBatchResponse errors = parser.batch_errors();
+    ASSERT_EQ(errors.response_count(), 3u);
+    for (const RPCResponse& error : errors.responses()) {
+        EXPECT_EQ(error.error_code(), -32600);
+        EXPECT_TRUE(error.id().isNull());
+    }
+}
+
+TEST(JsonRPCParser, BatchOfNotificationsOnly) {
+    const JsonRPCParser parser = parsed(R"([
+        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}},
+        {"jsonrpc":"2.0","method":"tarvo.get_version"}
+    ])");
+    EXPECT_TRUE(parser.is_batch());
+    EXPECT_TRUE(parser.is_request());
+    EXPECT_EQ(parser.batch_requests().request_count(), 2u);
+    EXPECT_EQ(parser.batch_requests().notification_count(), 2u);
+    EXPECT_EQ(parser.batch_errors().response_count(), 0u);
+}
+
+TEST(JsonRPCParser, ParsingAgainStartsAfresh) {
+    JsonRPCParser parser;
+    parser.parse(QStringLiteral("[1,2]"));
+    parser.parse(QStringLiteral(R"({"jsonrpc":"2.0","method":"m","id":1})"));
+    EXPECT_FALSE(parser.is_batch());
+    EXPECT_TRUE(parser.is_request());
+    EXPECT_EQ(parser.batch_errors().response_count(), 0u);
+    parser.parse(QStringLiteral("  "));
+    EXPECT_TRUE(parser.is_empty());
+    EXPECT_FALSE(parser.is_request());
+}
+
+TEST(JsonRPCParser, NonAsciiTextSurvives) {
+    const JsonRPCParser parser = parsed(
+        R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"title 'Würfel'"},"id":1})");
+    ASSERT_TRUE(parser.is_request());
+    EXPECT_EQ(parser.request().params()[QLatin1String("command")].toString(),
+              QStringLiteral("title 'Würfel'"));
+}

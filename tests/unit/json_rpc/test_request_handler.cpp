@@ -1,0 +1,278 @@
+// RPCRequestHandler::exec: the fixed order unknown method -> params -> invoke, the error answers,
+// notifications, and the exchanges of a client session written out as text.
+
+#include "TestJson.h"
+#include "json_rpc/GenericRPCMethodWrapper.h"
+#include "json_rpc/JsonRPCParser.h"
+#include "json_rpc/RPCRequestHandler.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+// Records what happened to the wrappers it hands out.
+struct Journal {
+    int created = 0;
+    int destroyed = 0;
+    int invoked = 0;
+    QJsonValue last_params = QJsonValue(QJsonValue::Undefined);
+    std::vector<std::string> commands;
+};
+
+class ProbeWrapper : public RPCMethodWrapper {
+public:
+    enum class Mode { Accept, Refuse, Throw, ThrowUnknown };
+    ProbeWrapper(Journal& journal, Mode mode) : journal(journal), mode(mode) { ++journal.created; }
+    ~ProbeWrapper() override { ++journal.destroyed; }
+
+    bool process_params(const QJsonValue& params) override {
+        journal.last_params = params;
+        return mode != Mode::Refuse;
+    }
+    QJsonValue invoke() override {
+        ++journal.invoked;
+        if (mode == Mode::Throw)
+            throw std::runtime_error("kernel gave up");
+        if (mode == Mode::ThrowUnknown)
+            throw 42;
+        return QStringLiteral("done");
+    }
+
+private:
+    Journal& journal;
+    Mode mode;
+};
+
+class SessionHandler : public RPCRequestHandler {
+public:
+    explicit SessionHandler(Journal& journal) : journal(journal) {}
+
+protected:
+    RPCMethodWrapper* create_method(const QString& method_name) override {
+        const QString name = last_section(method_name);
+        if (name == QLatin1String("probe"))
+            return new ProbeWrapper(journal, ProbeWrapper::Mode::Accept);
+        if (name == QLatin1String("probe_refuse"))
+            return new ProbeWrapper(journal, ProbeWrapper::Mode::Refuse);
+        if (name == QLatin1String("probe_throw"))
+            return new ProbeWrapper(journal, ProbeWrapper::Mode::Throw);
+        if (name == QLatin1String("probe_throw_unknown"))
+            return new ProbeWrapper(journal, ProbeWrapper::Mode::ThrowUnknown);
+        if (name == QLatin1String("get_version"))
+            return new GenericRPCMethodWrapper<std::string()>([] { return std::string("19.0"); },
+                                                              {});
+        if (name == QLatin1String("get_volume_count"))
+            return new GenericRPCMethodWrapper<int()>([] { return 4; }, {});
+        if (name == QLatin1String("cmd"))
+            return new GenericRPCMethodWrapper<bool(const std::string&)>(
+                [this](const std::string& command) {
+                    journal.commands.push_back(command);
+                    return true;
+                },
+                {json_rpc::param("command")});
+        if (name == QLatin1String("scale_size"))
+            return new GenericRPCMethodWrapper<double(double, double)>(
+                [](double size, double factor) { return size * factor; },
+                {json_rpc::param("size"), json_rpc::param("factor")});
+        if (name == QLatin1String("miswired"))
+            return new GenericRPCMethodWrapper<int(int, int)>([](int a, int) { return a; },
+                                                              {json_rpc::param("a")});
+        return nullptr;
+    }
+
+private:
+    Journal& journal;
+};
+
+RPCRequest request(const char* method, const QJsonValue& params, const QJsonValue& id) {
+    RPCRequest r(QString::fromLatin1(method), params);
+    r.set_id(id);
+    return r;
+}
+
+// One single text through parser and handler, as a client would see the answer: Undefined when
+// nothing is sent.
+QJsonValue answer(const char* text, Journal& journal) {
+    JsonRPCParser parser;
+    parser.parse(QString::fromUtf8(text));
+    if (parser.is_empty())
+        return QJsonValue(QJsonValue::Undefined);
+    if (parser.has_errors())
+        return wire(parser.error().to_json_string());
+    const RPCResponse response = SessionHandler(journal).exec(parser.request());
+    return response.is_empty() ? QJsonValue(QJsonValue::Undefined)
+                               : wire(response.to_json_string());
+}
+
+} // namespace
+
+TEST(RPCRequestHandler, FixedOrderAndErrorCodes) {
+    Journal journal;
+    SessionHandler handler(journal);
+
+    const RPCResponse ok = handler.exec(request("tarvo.probe", json(R"({"x":1})"), 5));
+    EXPECT_EQ(ok.id(), QJsonValue(5));
+    EXPECT_EQ(ok.result(), QJsonValue("done"));
+    EXPECT_EQ(journal.last_params, json(R"({"x":1})"));
+
+    const RPCResponse unknown = handler.exec(request("tarvo.nope", QJsonValue::Null, "u"));
+    EXPECT_EQ(unknown.error_code(), -32601);
+    EXPECT_EQ(unknown.id(), QJsonValue("u"));
+
+    const int invoked_before = journal.invoked;
+    const RPCResponse refused = handler.exec(request("tarvo.probe_refuse", json("{}"), 6));
+    EXPECT_EQ(refused.error_code(), -32602);
+    EXPECT_EQ(refused.id(), QJsonValue(6));
+    EXPECT_EQ(journal.invoked, invoked_before) << "invoke must not follow a refusal";
+
+    // A wrapper of a request without params sees Null.
+    handler.exec(request("tarvo.probe", QJsonValue::Undefined, 7));
+    EXPECT_TRUE(journal.last_params.isNull());
+
+    EXPECT_EQ(journal.created, journal.destroyed) << "every wrapper is destroyed by exec";
+}
+
+TEST(RPCRequestHandler, ExceptionsStopAtExec) {
+    Journal journal;
+    SessionHandler handler(journal);
+
+    const RPCResponse thrown = handler.exec(request("tarvo.probe_throw", QJsonValue::Null, 1));
+    EXPECT_EQ(thrown.error_code(), -32603);
+    EXPECT_EQ(thrown.id(), QJsonValue(1));
+    EXPECT_EQ(wire(thrown.to_json_string())[QLatin1String("error")][QLatin1String("data")],
+              QJsonValue("kernel gave up"));
+
+    const RPCResponse odd = handler.exec(request("probe_throw_unknown", QJsonValue::Null, 2));
+    EXPECT_EQ(odd.error_code(), -32603);
+
+    // A table whose names do not match its function is caught, not read past.
+    const RPCResponse miswired = handler.exec(request("tarvo.miswired", json(R"({"a":1})"), 3));
+    EXPECT_EQ(miswired.error_code(), -32603);
+
+    EXPECT_EQ(journal.created, 2);
+    EXPECT_EQ(journal.destroyed, 2);
+}
+
+TEST(RPCRequestHandler, NotificationsRunButAreNeverAnswered) {
+    Journal journal;
+    SessionHandler handler(journal);
+
+    EXPECT_TRUE(handler.exec(RPCRequest(QStringLiteral("tarvo.probe"))).is_empty());
+    EXPECT_EQ(journal.invoked, 1);
+    EXPECT_TRUE(handler.exec(RPCRequest(QStringLiteral("tarvo.nope"))).is_empty());
+    EXPECT_TRUE(handler.exec(RPCRequest(QStringLiteral("tarvo.probe_refuse"))).is_empty());
+    EXPECT_TRUE(handler.exec(RPCRequest(QStringLiteral("tarvo.probe_throw"))).is_empty());
+    EXPECT_EQ(journal.invoked, 2);
+
+    // A null id is not a notification: it is answered.
+    EXPECT_FALSE(
+        handler.exec(request("tarvo.probe", QJsonValue::Null, QJsonValue::Null)).is_empty());
+}
+
+TEST(RPCRequestHandler, LastSection) {
+    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("tarvo.get_version")),
+              QStringLiteral("get_version"));
+    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("a.b.c")), QStringLiteral("c"));
+    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("plain")), QStringLiteral("plain"));
+    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("trailing.")), QString());
+}
+
+TEST(RPCMethodWrapperDefault, AcceptsOnlyAbsentOrObjectParams) {
+    struct Parameterless : RPCMethodWrapper {
+        QJsonValue invoke() override { return QJsonValue::Null; }
+    } wrapper;
+    EXPECT_TRUE(wrapper.process_params(QJsonValue::Null));
+    EXPECT_TRUE(wrapper.process_params(QJsonValue::Undefined));
+    EXPECT_TRUE(wrapper.process_params(json(R"({"ignored":1})")));
+    for (const char* refused : {"[]", "[1]", "\"x\"", "1", "true"})
+        EXPECT_FALSE(wrapper.process_params(json(refused))) << refused;
+}
+
+// The exchanges of a client session, one text in and one text out.
+TEST(ClientExchanges, SingleMessages) {
+    Journal journal;
+
+    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.scale_size",
+                         "params":{"factor":3,"size":2},"id":1})",
+                     journal),
+              json(R"({"jsonrpc":"2.0","result":6,"id":1})"));
+    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":"v"})", journal),
+              json(R"({"jsonrpc":"2.0","result":"19.0","id":"v"})"));
+
+    // Positional parameters do not exist here: the method refuses them.
+    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.scale_size","params":[2,3],"id":2})",
+                     journal)[QLatin1String("error")][QLatin1String("code")],
+              QJsonValue(-32602));
+
+    // A notification runs and is not answered.
+    EXPECT_TRUE(
+        answer(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}})", journal)
+            .isUndefined());
+    EXPECT_EQ(journal.commands, (std::vector<std::string>{"reset"}));
+
+    const QJsonValue missing =
+        answer(R"({"jsonrpc":"2.0","method":"tarvo.no_such_method","id":"1"})", journal);
+    EXPECT_EQ(missing[QLatin1String("error")][QLatin1String("code")], QJsonValue(-32601));
+    EXPECT_EQ(missing[QLatin1String("error")][QLatin1String("message")],
+              QJsonValue("Method not found"));
+    EXPECT_EQ(missing[QLatin1String("id")], QJsonValue("1"));
+
+    const QJsonValue bad_json =
+        answer(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":"bar","baz])", journal);
+    EXPECT_EQ(bad_json, json(R"({"jsonrpc":"2.0","id":null,
+                                  "error":{"code":-32700,"message":"Parse error"}})"));
+
+    const QJsonValue bad_request =
+        answer(R"({"jsonrpc":"2.0","method":1,"params":"bar"})", journal);
+    EXPECT_EQ(bad_request, json(R"({"jsonrpc":"2.0","id":null,
+                                     "error":{"code":-32600,"message":"Invalid Request"}})"));
+
+    EXPECT_TRUE(answer("   ", journal).isUndefined());
+}
+
+TEST(ClientExchanges, MixedBatchAnswersInRequestOrder) {
+    Journal journal;
+    JsonRPCParser parser;
+    parser.parse(QStringLiteral(R"([
+        {"jsonrpc":"2.0","method":"tarvo.scale_size","params":{"size":1.5,"factor":2},"id":"1"},
+        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"mesh volume 1"}},
+        {"jsonrpc":"2.0","method":"tarvo.scale_size","params":{"size":5},"id":"2"},
+        {"foo":"boo"},
+        {"jsonrpc":"2.0","method":"tarvo.no_such_method","params":{"name":"x"},"id":"5"},
+        {"jsonrpc":"2.0","method":"tarvo.get_volume_count","id":"9"}
+    ])"));
+    ASSERT_TRUE(parser.is_batch());
+    ASSERT_TRUE(parser.is_request());
+
+    RPCBatchResponse answers = parser.batch_errors();
+    const RPCBatchRequest batch = parser.batch_requests();
+    for (const RPCRequest& r : batch.requests()) {
+        const RPCResponse response = SessionHandler(journal).exec(r);
+        if (!response.is_empty())
+            answers.add_response(response);
+    }
+    EXPECT_EQ(wire(answers.to_json_string()), json(R"([
+        {"jsonrpc":"2.0","id":null,"error":{"code":-32600,"message":"Invalid Request"}},
+        {"jsonrpc":"2.0","result":3,"id":"1"},
+        {"jsonrpc":"2.0","id":"2","error":{"code":-32602,"message":"Invalid params"}},
+        {"jsonrpc":"2.0","id":"5","error":{"code":-32601,"message":"Method not found"}},
+        {"jsonrpc":"2.0","result":4,"id":"9"}
+    ])"));
+    EXPECT_EQ(journal.commands, (std::vector<std::string>{"mesh volume 1"}));
+}
+
+TEST(ClientExchanges, BatchOfNotificationsDrawsNoAnswers) {
+    Journal journal;
+    JsonRPCParser parser;
+    parser.parse(QStringLiteral(R"([
+        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}},
+        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"brick x 1"}}
+    ])"));
+    ASSERT_TRUE(parser.is_batch());
+    const RPCBatchRequest batch = parser.batch_requests();
+    for (const RPCRequest& r : batch.requests())
+        EXPECT_TRUE(SessionHandler(journal).exec(r).is_empty());
+    EXPECT_EQ(journal.commands, (std::vector<std::string>{"reset", "brick x 1"}));
+}

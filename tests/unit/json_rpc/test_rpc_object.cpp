@@ -1,0 +1,159 @@
+// Message objects: what they hold, and the text they put on the wire.
+
+#include "TestJson.h"
+#include "json_rpc/RPCObject.h"
+
+#include <gtest/gtest.h>
+
+using json_rpc::ErrorCode;
+
+namespace {
+
+RPCRequest request_with_id(const char* method, const QJsonValue& id) {
+    RPCRequest request{QString::fromLatin1(method)};
+    request.set_id(id);
+    return request;
+}
+
+} // namespace
+
+TEST(RPCObject, EveryWrittenMessageCarriesTheVersionTag) {
+    RPCRequest notification(QStringLiteral("print_message"), QJsonArray{QStringLiteral("hi")});
+    RPCResponse result(request_with_id("tarvo.get_version", 1));
+    result.set_result(QStringLiteral("19.0"));
+    const RPCResponse error = RPCResponse::error(QJsonValue::Null, ErrorCode::ParseError);
+    RPCBatchRequest batch({notification, notification});
+
+    for (const RPCObject* message :
+         {static_cast<const RPCObject*>(&notification), static_cast<const RPCObject*>(&result),
+          static_cast<const RPCObject*>(&error)}) {
+        const QJsonValue text = wire(message->to_json_string());
+        ASSERT_TRUE(text.isObject()) << message->to_json_string().constData();
+        EXPECT_EQ(text[QLatin1String("jsonrpc")], QJsonValue(QStringLiteral("2.0")));
+    }
+    for (const QJsonValue element : wire(batch.to_json_string()).toArray())
+        EXPECT_EQ(element[QLatin1String("jsonrpc")], QJsonValue(QStringLiteral("2.0")));
+}
+
+TEST(RPCObject, DefaultObjectsAreEmptyAndNothingElseIs) {
+    EXPECT_TRUE(RPCResponse().is_empty());
+    EXPECT_TRUE(RPCRequest().is_empty());
+    EXPECT_EQ(RPCRequest().method_name(), QString());
+
+    // A null result is still an answer that goes to the client.
+    RPCResponse response(request_with_id("tarvo.cmd", 4));
+    response.set_result(QJsonValue::Null);
+    EXPECT_FALSE(response.is_empty());
+    const QJsonValue text = wire(response.to_json_string());
+    EXPECT_TRUE(text.toObject().contains(QLatin1String("result")));
+    EXPECT_TRUE(text[QLatin1String("result")].isNull());
+}
+
+TEST(RPCRequest, NotificationsParamsAndIds) {
+    const RPCRequest bare(QStringLiteral("pubsub.list"));
+    EXPECT_TRUE(bare.is_notification());
+    EXPECT_TRUE(bare.id().isUndefined());
+    // Absent params read as Null, never Undefined: parameterless wrappers rely on it.
+    EXPECT_TRUE(bare.params().isNull());
+    EXPECT_EQ(bare.method_name(), QStringLiteral("pubsub.list"));
+
+    const RPCRequest null_params(QStringLiteral("pubsub.list"), QJsonValue::Null);
+    EXPECT_FALSE(null_params.json().contains(QLatin1String("params")));
+
+    RPCRequest named(QStringLiteral("tarvo.cmd"));
+    named.set_params(QJsonObject{{QStringLiteral("command"), QStringLiteral("reset")}});
+    EXPECT_EQ(named.params()[QLatin1String("command")], QJsonValue(QStringLiteral("reset")));
+    named.set_params(QJsonArray{1, 2});
+    EXPECT_TRUE(named.params().isArray());
+
+    // A null id still makes a request that expects an answer.
+    named.set_id(QJsonValue::Null);
+    EXPECT_FALSE(named.is_notification());
+    named.set_id(QJsonValue::Undefined);
+    EXPECT_TRUE(named.is_notification());
+}
+
+TEST(RPCResponse, EchoesTheRequestIdExactly) {
+    // Integer ids must go out as integers: a client matching "7" must not receive "7.0".
+    const RPCResponse seven(request_with_id("tarvo.get_version", 7));
+    EXPECT_TRUE(seven.to_json_string().contains("\"id\":7"));
+    EXPECT_FALSE(seven.to_json_string().contains("7.0"));
+
+    for (const QJsonValue& id :
+         {QJsonValue(QStringLiteral("a-1")), QJsonValue(1.5), QJsonValue(-3),
+          QJsonValue(QJsonValue::Null), QJsonValue(qint64(9007199254740991LL))}) {
+        RPCResponse response(request_with_id("tarvo.get_version", id));
+        response.set_result(true);
+        EXPECT_EQ(response.id(), id);
+        EXPECT_EQ(wire(response.to_json_string())[QLatin1String("id")], id);
+    }
+}
+
+TEST(RPCResponse, ErrorsCarryCodeTextAndOptionalData) {
+    const struct {
+        ErrorCode code;
+        int number;
+        const char* text;
+    } table[] = {{ErrorCode::ParseError, -32700, "Parse error"},
+                 {ErrorCode::InvalidRequest, -32600, "Invalid Request"},
+                 {ErrorCode::MethodNotFound, -32601, "Method not found"},
+                 {ErrorCode::InvalidParams, -32602, "Invalid params"},
+                 {ErrorCode::InternalError, -32603, "Internal error"}};
+    for (const auto& row : table) {
+        const RPCResponse response = RPCResponse::error(QStringLiteral("x"), row.code);
+        EXPECT_TRUE(response.is_error());
+        EXPECT_EQ(response.error_code(), row.number);
+        const QJsonValue text = wire(response.to_json_string());
+        EXPECT_EQ(text[QLatin1String("id")], QJsonValue(QStringLiteral("x")));
+        EXPECT_EQ(text[QLatin1String("error")][QLatin1String("code")], QJsonValue(row.number));
+        EXPECT_EQ(text[QLatin1String("error")][QLatin1String("message")].toString(),
+                  QString::fromLatin1(row.text));
+        EXPECT_FALSE(text[QLatin1String("error")].toObject().contains(QLatin1String("data")));
+        EXPECT_FALSE(text.toObject().contains(QLatin1String("result")));
+    }
+
+    // An unreadable id is answered as null, and data travels when given.
+    const RPCResponse with_data = RPCResponse::error(
+        QJsonValue::Undefined, ErrorCode::InternalError, QStringLiteral("out of memory"));
+    const QJsonValue text = wire(with_data.to_json_string());
+    EXPECT_TRUE(text.toObject().contains(QLatin1String("id")));
+    EXPECT_TRUE(text[QLatin1String("id")].isNull());
+    EXPECT_EQ(text[QLatin1String("error")][QLatin1String("data")],
+              QJsonValue(QStringLiteral("out of memory")));
+
+    // A result replaces an error: a response never holds both.
+    RPCResponse replaced = RPCResponse::error(2, ErrorCode::InvalidParams);
+    replaced.set_result(5);
+    EXPECT_FALSE(replaced.is_error());
+    EXPECT_EQ(replaced.error_code(), 0);
+    EXPECT_EQ(replaced.result(), QJsonValue(5));
+}
+
+TEST(RPCBatch, CountsAndArrayText) {
+    RPCRequest with_id(QStringLiteral("tarvo.get_version"));
+    with_id.set_id(1);
+    const RPCBatchRequest batch({with_id, RPCRequest(QStringLiteral("tarvo.cmd")),
+                                 RPCRequest(QStringLiteral("tarvo.cmd"))});
+    EXPECT_EQ(batch.request_count(), 3u);
+    EXPECT_EQ(batch.notification_count(), 2u);
+    const QJsonValue requests = wire(batch.to_json_string());
+    ASSERT_TRUE(requests.isArray());
+    ASSERT_EQ(requests.toArray().size(), 3);
+    EXPECT_EQ(requests[0][QLatin1String("method")],
+              QJsonValue(QStringLiteral("tarvo.get_version")));
+
+    RPCBatchResponse responses;
+    EXPECT_EQ(responses.to_json_string(), QByteArray("[]"));
+    RPCResponse first(with_id);
+    first.set_result(1);
+    responses.add_response(first);
+    responses.add_response(RPCResponse::error(QJsonValue::Null, ErrorCode::InvalidRequest));
+    const RPCBatchResponse copy(responses);
+    responses.add_response(first);
+    EXPECT_EQ(copy.response_count(), 2u);
+    EXPECT_EQ(responses.response_count(), 3u);
+    const QJsonValue text = wire(copy.to_json_string());
+    ASSERT_EQ(text.toArray().size(), 2);
+    EXPECT_EQ(text[0][QLatin1String("result")], QJsonValue(1));
+    EXPECT_EQ(text[1][QLatin1String("error")][QLatin1String("code")], QJsonValue(-32600));
+}
