@@ -7,7 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-websockets-dev
   liblz4-dev
-  libgmsh-dev libocct-data-exchange-dev libocct-modeling-algorithms-dev libocct-foundation-dev
+  libgmsh-dev libtbb-dev libocct-data-exchange-dev libocct-modeling-algorithms-dev libocct-foundation-dev
   libexodusii-dev libnetcdf-dev
   libgtest-dev libgmock-dev
   python3 python3-websockets python3-pytest

@@ -58,8 +58,8 @@ public:
     virtual void notify_sizing_source_created(int /*id*/) {}  // not forwarded to clients
     virtual void notify_sizing_source_deleted(int /*id*/) {}  // not forwarded to clients
     virtual void notify_id_changed(const std::string& /*type*/, int /*old_id*/, int /*new_id*/) {}  // event code 31
-    virtual void notify_highlighted(const std::vector<std::pair<std::string, int>>& /*entities*/, int>>& /*entities*/) {}  // event code 32
-    virtual void notify_unhighlighted(const std::vector<std::pair<std::string, int>>& /*entities*/, int>>& /*entities*/) {}  // event code 33
+    virtual void notify_highlighted(const std::vector<std::pair<std::string, int>>& /*entities*/) {}  // event code 32
+    virtual void notify_unhighlighted(const std::vector<std::pair<std::string, int>>& /*entities*/) {}  // event code 33
     virtual void notify_entity_pre_selected(const std::string& /*type*/, bool /*add_or_remove*/) {}  // event code 34
     virtual void notify_entity_name_changed(const std::string& /*type*/, int /*id*/) {}  // event code 35
     virtual void notify_entities_modified() {}  // event code 36

@@ -1,0 +1,87 @@
+// Exodus, blocks, nodesets and sidesets: one row per method, in table order.
+
+#include "methods/MethodTable.h"
+
+namespace tarvo::methods {
+
+namespace TI = TarvoInterface;
+
+void add_exodus_methods(MethodRows& rows) {
+    // clang-format off
+    rows.insert(rows.end(), {
+        row("get_exodus_entity_name", &TI::get_exodus_entity_name, {param("entity_type"), param("entity_id")}),
+        row("get_exodus_entity_type", &TI::get_exodus_entity_type, {param("entity_type"), param("entity_id")}),
+        row("get_exodus_entity_description", &TI::get_exodus_entity_description, {param("entity_type"), param("entity_id")}),
+        row("get_all_exodus_times", &TI::get_all_exodus_times, {param("filename")}),
+        row("get_all_exodus_variable_names", &TI::get_all_exodus_variable_names, {param("filename"), param("variable_type")}),
+        row("get_block_id", &TI::get_block_id, {param("entity_type"), param("entity_id")}),
+        row("get_block_ids", &TI::get_block_ids, {param("mesh_geometry_file_name")}),
+        row("get_block_id_list", &TI::get_block_id_list, {}),
+        row("get_nodeset_id_list", &TI::get_nodeset_id_list, {}),
+        row("get_sideset_id_list", &TI::get_sideset_id_list, {}),
+        row("get_bc_id_list", &TI::get_bc_id_list, {param("bc_type_enum")}),
+        row("get_bc_name", &TI::get_bc_name, {param("bc_type_enum"), param("bc_id")}),
+        row("get_nodeset_id_list_for_bc", &TI::get_nodeset_id_list_for_bc, {param("bc_type_enum"), param("bc_id")}),
+        row("get_sideset_id_list_for_bc", &TI::get_sideset_id_list_for_bc, {param("bc_type_enum"), param("bc_id")}),
+        row("get_next_sideset_id", &TI::get_next_sideset_id, {}),
+        row("get_next_nodeset_id", &TI::get_next_nodeset_id, {}),
+        row("get_next_block_id", &TI::get_next_block_id, {}),
+        row("get_copy_nodeset_on_geometry_copy_setting", &TI::get_copy_nodeset_on_geometry_copy_setting, {}),
+        row("get_copy_sideset_on_geometry_copy_setting", &TI::get_copy_sideset_on_geometry_copy_setting, {}),
+        row("get_copy_block_on_geometry_copy_setting", &TI::get_copy_block_on_geometry_copy_setting, {}),
+        row("get_block_children", &TI::get_block_children, {param("block_id"), out("returned_group_list"), out("returned_node_list"), out("returned_sphere_list"), out("returned_edge_list"), out("returned_tri_list"), out("returned_face_list"), out("returned_pyramid_list"), out("returned_tet_list"), out("returned_hex_list"), out("returned_wedge_list"), out("returned_volume_list"), out("returned_surface_list"), out("returned_curve_list"), out("returned_vertex_list")}),
+        row("get_nodeset_children", &TI::get_nodeset_children, {param("nodeset_id"), out("returned_node_list"), out("returned_volume_list"), out("returned_surface_list"), out("returned_curve_list"), out("returned_vertex_list")}),
+        row("get_sideset_children", &TI::get_sideset_children, {param("sideset_id"), out("returned_face_list"), out("returned_surface_list"), out("returned_curve_list")}),
+        row("get_block_volumes", &TI::get_block_volumes, {param("block_id")}),
+        row("get_block_surfaces", &TI::get_block_surfaces, {param("block_id")}),
+        row("get_block_curves", &TI::get_block_curves, {param("block_id")}),
+        row("get_block_vertices", &TI::get_block_vertices, {param("block_id")}),
+        row("get_block_elements_and_nodes", &TI::get_block_elements_and_nodes, {param("block_id"), out("returned_node_list"), out("returned_sphere_list"), out("returned_edge_list"), out("returned_tri_list"), out("returned_face_list"), out("returned_pyramid_list"), out("returned_wedge_list"), out("returned_tet_list"), out("returned_hex_list")}),
+        row("get_block_nodes", &TI::get_block_nodes, {param("block_id")}),
+        row("get_block_edges", &TI::get_block_edges, {param("block_id")}),
+        row("get_block_tris", &TI::get_block_tris, {param("block_id")}),
+        row("get_block_faces", &TI::get_block_faces, {param("block_id")}),
+        row("get_block_pyramids", &TI::get_block_pyramids, {param("block_id")}),
+        row("get_block_wedges", &TI::get_block_wedges, {param("block_id")}),
+        row("get_block_tets", &TI::get_block_tets, {param("block_id")}),
+        row("get_block_hexes", &TI::get_block_hexes, {param("block_id")}),
+        row("get_volume_hexes", &TI::get_volume_hexes, {param("volume_id")}),
+        row("get_volume_tets", &TI::get_volume_tets, {param("volume_id")}),
+        row("get_nodeset_volumes", &TI::get_nodeset_volumes, {param("nodeset_id")}),
+        row("get_nodeset_surfaces", &TI::get_nodeset_surfaces, {param("nodeset_id")}),
+        row("get_nodeset_curves", &TI::get_nodeset_curves, {param("nodeset_id")}),
+        row("get_nodeset_vertices", &TI::get_nodeset_vertices, {param("nodeset_id")}),
+        row("get_nodeset_nodes", &TI::get_nodeset_nodes, {param("nodeset_id")}),
+        row("get_nodeset_nodes_inclusive", &TI::get_nodeset_nodes_inclusive, {param("nodeset_id")}),
+        row("get_sideset_curves", &TI::get_sideset_curves, {param("sideset_id")}),
+        row("get_curve_edges", &TI::get_curve_edges, {param("curve_id")}),
+        row("get_sideset_surfaces", &TI::get_sideset_surfaces, {param("sideset_id")}),
+        row("get_sideset_quads", &TI::get_sideset_quads, {param("sideset_id")}),
+        row("get_surface_quads", &TI::get_surface_quads, {param("surface_id")}),
+        row("get_surface_tris", &TI::get_surface_tris, {param("surface_id")}),
+        row("get_entity_sense", &TI::get_entity_sense, {param("source_type"), param("source_id"), param("sideset_id")}),
+        row("get_wrt_entity", &TI::get_wrt_entity, {param("source_type"), param("source_id"), param("sideset_id")}),
+        row("get_geometric_owner", &TI::get_geometric_owner, {param("mesh_entity_type"), param("mesh_entity_list")}),
+        row("get_volume_nodes", &TI::get_volume_nodes, {param("volume_id")}),
+        row("get_surface_nodes", &TI::get_surface_nodes, {param("surface_id")}),
+        row("get_curve_nodes", &TI::get_curve_nodes, {param("curve_id")}),
+        row("get_vertex_node", &TI::get_vertex_node, {param("vertex_id")}),
+        row("get_id_from_name", &TI::get_id_from_name, {param("name")}),
+        row("get_sideset_element_type", &TI::get_sideset_element_type, {param("sideset_id")}),
+        row("get_block_element_type", &TI::get_block_element_type, {param("block_id")}),
+        row("get_exodus_element_count", &TI::get_exodus_element_count, {param("entity_id"), param("entity_type")}),
+        row("get_block_attribute_count", &TI::get_block_attribute_count, {param("block_id")}),
+        row("get_block_element_attribute_count", &TI::get_block_element_attribute_count, {param("block_id")}),
+        row("get_block_attribute_value", &TI::get_block_attribute_value, {param("block_id"), param("attribute_index")}),
+        row("get_block_attribute_name", &TI::get_block_attribute_name, {param("block_id"), param("attribute_index")}),
+        row("get_block_element_attribute_names", &TI::get_block_element_attribute_names, {param("block_id")}),
+        row("get_valid_block_element_types", &TI::get_valid_block_element_types, {param("block_id")}),
+        row("get_exodus_variable_count", &TI::get_exodus_variable_count, {param("container_type"), param("container_id")}),
+        row("get_exodus_variable_names", &TI::get_exodus_variable_names, {param("container_type"), param("container_id")}),
+        row("get_nodeset_node_count", &TI::get_nodeset_node_count, {param("nodeset_id")}),
+        row("get_geometry_node_count", &TI::get_geometry_node_count, {param("entity_type"), param("entity_id")}),
+    });
+    // clang-format on
+}
+
+} // namespace tarvo::methods

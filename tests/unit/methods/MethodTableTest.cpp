@@ -1,0 +1,68 @@
+// The shape of the table: how many methods, how names are matched, and that every row builds a
+// wrapper whose argument names agree with its function.
+#include "MethodTestSupport.h"
+
+#include "json_rpc/RPCObject.h"
+
+#include <QSet>
+
+#include <optional>
+
+TEST(MethodTable, HasTheWholeSurfaceOnceEach) {
+    const auto& names = TarvoRPCRequestHandler::method_names();
+    EXPECT_EQ(names.size(), 485u);
+    const QSet<QString> distinct(names.begin(), names.end());
+    EXPECT_EQ(distinct.size(), static_cast<qsizetype>(names.size())) << "a name appears twice";
+}
+
+TEST(MethodTable, OpensWithTheSixEarlyNames) {
+    const auto& names = TarvoRPCRequestHandler::method_names();
+    ASSERT_GE(names.size(), 6u);
+    const std::vector<QString> first(names.begin(), names.begin() + 6);
+    EXPECT_EQ(first, (std::vector<QString>{
+                         "process_input_files", "set_tarvo_interrupt",
+                         "set_playback_paused_on_error", "is_playback_paused_on_error",
+                         "developer_commands_are_enabled", "add_filename_to_recent_file_list"}));
+}
+
+TEST(MethodTable, EveryNameBuildsAWrapperUnderEveryPrefix) {
+    TarvoRPCRequestHandler handler;
+    for (const QString& name : TarvoRPCRequestHandler::method_names()) {
+        for (const QString& form : {name, "tarvo." + name, "a.b." + name}) {
+            std::unique_ptr<RPCMethodWrapper> wrapper(handler.create_method(form));
+            EXPECT_TRUE(wrapper) << form.toStdString();
+        }
+    }
+}
+
+TEST(MethodTable, MatchesTheLastSectionExactly) {
+    TarvoRPCRequestHandler handler;
+    for (const char* unknown : {"GET_VERSION", "Get_Version", "get_version.", "tarvo.", "",
+                                "get_versio", "get_version ", "tarvo.get_version.x"}) {
+        std::unique_ptr<RPCMethodWrapper> wrapper(handler.create_method(unknown));
+        EXPECT_FALSE(wrapper) << '"' << unknown << '"';
+    }
+}
+
+TEST(MethodTable, PrefixedAndBareNamesAnswerAlike) {
+    TarvoRPCRequestHandler handler;
+    std::optional<QJsonValue> first;
+    for (const char* name : {"get_version", "tarvo.get_version", "x.y.get_version"}) {
+        RPCRequest request{QString::fromLatin1(name)};
+        request.set_id(7);
+        const RPCResponse response = handler.exec(request);
+        ASSERT_FALSE(response.is_error()) << name;
+        ASSERT_TRUE(response.result().isString()) << name;
+        if (!first)
+            first = response.result();
+        EXPECT_EQ(response.result(), *first) << name;
+    }
+}
+
+TEST(MethodTable, UnknownMethodIsTheLibraryError) {
+    TarvoRPCRequestHandler handler;
+    RPCRequest request{"tarvo.Get_Version"};
+    request.set_id(1);
+    const RPCResponse response = handler.exec(request);
+    EXPECT_EQ(response.error_code(), static_cast<int>(json_rpc::ErrorCode::MethodNotFound));
+}

@@ -1,0 +1,222 @@
+// Parameter rules, through real rows of the table: each type word, optional parameters, and the
+// hand-written readers.
+#include "MethodTestSupport.h"
+
+#include "methods/HandWrittenWrappers.h"
+#include "tarvo/TarvoInterface.h"
+
+using tarvo::methods::wrap_calculate_timestep_estimate;
+using tarvo::methods::wrap_get_curve_count;
+using tarvo::methods::wrap_set_filter_types;
+
+TEST(ParamRules, IntTakesWholeNumbersOnly) {
+    EXPECT_TRUE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": 3})"));
+    EXPECT_TRUE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": 3.0})"));
+    EXPECT_TRUE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": -2})"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": 3.5})"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": "3"})"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": true})"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": "curve", "entity_id": null})"));
+}
+
+TEST(ParamRules, StringAndDoubleRefuseOtherTypes) {
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": 1, "entity_id": 3})"));
+    EXPECT_TRUE(accepts("set_overlap_max_gap", R"({"maximum_gap": 0.5})"));
+    EXPECT_TRUE(accepts("set_overlap_max_gap", R"({"maximum_gap": 2})"));
+    EXPECT_FALSE(accepts("set_overlap_max_gap", R"({"maximum_gap": "0.5"})"));
+}
+
+TEST(ParamRules, BoolIsOnlyTrueOrFalse) {
+    EXPECT_TRUE(accepts("set_pick_type", R"({"pick_type": "volume", "silent": true})"));
+    EXPECT_FALSE(accepts("set_pick_type", R"({"pick_type": "volume", "silent": 1})"));
+    EXPECT_FALSE(accepts("set_pick_type", R"({"pick_type": "volume", "silent": "true"})"));
+    EXPECT_FALSE(accepts("set_pick_type", R"({"pick_type": "volume"})")) << "silent is required";
+}
+
+TEST(ParamRules, ListsAndFixedArrays) {
+    EXPECT_TRUE(accepts("get_total_volume", R"({"volume_list": []})"));
+    EXPECT_TRUE(accepts("get_total_volume", R"({"volume_list": [1, 2.0]})"));
+    EXPECT_FALSE(accepts("get_total_volume", R"({"volume_list": [1, 2.5]})"));
+    EXPECT_FALSE(accepts("get_total_volume", R"({"volume_list": 1})"));
+    EXPECT_TRUE(accepts("get_geometric_owner",
+                        R"({"mesh_entity_type": "hex", "mesh_entity_list": "1 to 4"})"));
+    const char* point = R"({"geometry_type": "volume", "entity_id": 1, "xyz_point": %1})";
+    auto with_point = [&](const char* value) {
+        return QString::fromLatin1(point).arg(QLatin1String(value)).toStdString();
+    };
+    EXPECT_TRUE(accepts("is_point_contained", with_point("[0, 0.5, 1]").c_str()));
+    EXPECT_FALSE(accepts("is_point_contained", with_point("[0, 0.5]").c_str()));
+    EXPECT_FALSE(accepts("is_point_contained", with_point("[0, 0.5, 1, 2]").c_str()));
+    EXPECT_FALSE(accepts("is_point_contained", with_point("[0, \"0.5\", 1]").c_str()));
+    const char* square =
+        R"({"pts": %1, "surface_id": 1, "quad_id": 2, "node00_id": 3, "node10_id": 4})";
+    auto with_pts = [&](const char* value) {
+        return QString::fromLatin1(square).arg(QLatin1String(value)).toStdString();
+    };
+    EXPECT_TRUE(accepts("project_unit_square", with_pts("[[0, 0.5], [1, 0.25, 3]]").c_str()));
+    EXPECT_FALSE(accepts("project_unit_square", with_pts("[[0, \"a\"]]").c_str()));
+    EXPECT_FALSE(accepts("project_unit_square", with_pts("[0, 1]").c_str()));
+}
+
+TEST(ParamRules, EnumerationsAreInts) {
+    EXPECT_TRUE(accepts("get_bc_id_list", R"({"bc_type_enum": 5})"));
+    EXPECT_TRUE(accepts("get_bc_id_list", R"({"bc_type_enum": 999})")) << "values are not checked";
+    EXPECT_FALSE(accepts("get_bc_id_list", R"({"bc_type_enum": 5.5})"));
+    EXPECT_FALSE(accepts("get_bc_id_list", R"({"bc_type_enum": "force"})"));
+    EXPECT_TRUE(
+        accepts("get_material_property", R"({"material_property_enum": 4, "entity_id": 1})"));
+}
+
+TEST(ParamRules, ObjectOnlyUnknownMembersIgnored) {
+    EXPECT_TRUE(accepts("get_mesh_intervals",
+                        R"({"entity_id": 3, "unknown": [1], "geometry_type": "curve"})"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"(["curve", 3])"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", "null"));
+    EXPECT_FALSE(accepts("get_mesh_intervals", R"({"geometry_type": "curve"})"));
+    // Parameterless rows: null or any object, never an array or a scalar.
+    for (const char* method : {"get_version", "get_hex_count", "reset_camera"}) {
+        EXPECT_TRUE(accepts(method, "null")) << method;
+        EXPECT_TRUE(accepts(method, "{}")) << method;
+        EXPECT_TRUE(accepts(method, R"({"anything": 1})")) << method;
+        EXPECT_FALSE(accepts(method, "[]")) << method;
+        EXPECT_FALSE(accepts(method, R"("x")")) << method;
+        EXPECT_FALSE(accepts(method, "3")) << method;
+    }
+}
+
+TEST(ParamRules, OptionalParametersWithDefaults) {
+    EXPECT_TRUE(accepts("estimate_merge_tolerance", R"({"target_volume_ids": [1]})"));
+    EXPECT_TRUE(accepts("estimate_merge_tolerance",
+                        R"({"target_volume_ids": [1], "number_calculations_in": 2})"));
+    EXPECT_FALSE(accepts("estimate_merge_tolerance",
+                         R"({"target_volume_ids": [1], "number_calculations_in": 2.5})"));
+    EXPECT_FALSE(
+        accepts("estimate_merge_tolerance", R"({"target_volume_ids": [1], "accurate_in": 1})"));
+    EXPECT_FALSE(accepts("estimate_merge_tolerance", R"({"accurate_in": true})"));
+    EXPECT_TRUE(accepts("get_coincident_entity_pairs",
+                        R"({"target_volume_ids": [], "low_value": 0, "high_value": 1})"));
+    EXPECT_FALSE(accepts("get_coincident_entity_pairs",
+                         R"({"target_volume_ids": [], "low_value": 0, "high_value": 1,
+                             "do_vertex_curve": "no"})"));
+    EXPECT_TRUE(accepts("get_solutions_for_forced_sweepability", R"({"volume_id": 1})"));
+    EXPECT_TRUE(accepts("get_quality_stats",
+                        R"({"entity_type": "volume", "id_list": [1], "metric_name": "Shape",
+                            "single_threshold": 0.2, "use_low_threshold": true,
+                            "low_threshold": 0, "high_threshold": 1})"));
+}
+
+TEST(ParamRules, CurveCountChoosesByPresence) {
+    wrap_get_curve_count absent;
+    ASSERT_TRUE(absent.process_params(json("{}")));
+    EXPECT_FALSE(absent.has_target_volume_ids);
+
+    wrap_get_curve_count empty;
+    ASSERT_TRUE(empty.process_params(json(R"({"target_volume_ids": []})")));
+    EXPECT_TRUE(empty.has_target_volume_ids);
+    EXPECT_TRUE(empty.target_volume_ids.empty());
+
+    wrap_get_curve_count some;
+    ASSERT_TRUE(some.process_params(json(R"({"target_volume_ids": [4, 2]})")));
+    EXPECT_EQ(some.target_volume_ids, (std::vector<int>{4, 2}));
+
+    EXPECT_FALSE(wrap_get_curve_count().process_params(json(R"({"target_volume_ids": 4})")));
+    EXPECT_FALSE(wrap_get_curve_count().process_params(json("[]")));
+}
+
+// Which kernel function answers: seen through the placeholders while they exist, through a real
+// model once the kernel has both functions and its command language.
+TEST(ParamRules, CurveCountReachesTheRightKernelFunction) {
+    if (not_built("get_curve_count") && not_built("get_curve_count_in_volumes")) {
+        auto capture = ErrorCapture::install();
+        call("get_curve_count", "{}");
+        call("get_curve_count", R"({"target_volume_ids": []})");
+        capture->uninstall();
+        EXPECT_EQ(capture->lines(),
+                  (std::vector<std::string>{not_built_line("get_curve_count"),
+                                            not_built_line("get_curve_count_in_volumes")}));
+        return;
+    }
+    if (!kernel_started() || not_built("get_curve_count") ||
+        not_built("get_curve_count_in_volumes") || not_built("cmd"))
+        GTEST_SKIP() << "needs both curve counts and the command language";
+    ASSERT_TRUE(TarvoInterface::cmd("reset"));
+    ASSERT_TRUE(TarvoInterface::cmd("create box 1"));
+    EXPECT_EQ(call("get_curve_count", "{}").toInt(), 12);
+    EXPECT_EQ(call("get_curve_count", R"({"target_volume_ids": []})").toInt(), 0);
+    EXPECT_EQ(call("get_curve_count", R"({"target_volume_ids": [1]})").toInt(), 12);
+    TarvoInterface::cmd("reset");
+}
+
+TEST(ParamRules, FilterCountIsLenient) {
+    wrap_set_filter_types counted;
+    ASSERT_TRUE(counted.process_params(json(R"({"filter_list": ["curve", "surface"],
+                                                 "filter_count": 2})")));
+    EXPECT_EQ(counted.filter_count, 2);
+    EXPECT_EQ(counted.filter_list, (std::vector<std::string>{"curve", "surface"}));
+
+    for (const char* text :
+         {R"({"filter_list": ["curve"]})", R"({"filter_list": ["curve"], "filter_count": 1.5})",
+          R"({"filter_list": ["curve"], "filter_count": "1"})"}) {
+        wrap_set_filter_types lenient;
+        ASSERT_TRUE(lenient.process_params(json(text))) << text;
+        EXPECT_EQ(lenient.filter_count, 0) << text;
+    }
+    EXPECT_FALSE(wrap_set_filter_types().process_params(json(R"({"filter_count": 1})")));
+    EXPECT_FALSE(wrap_set_filter_types().process_params(json(R"({"filter_list": "curve"})")));
+}
+
+TEST(ParamRules, TimestepEstimateOptionalsAreCheckedWhenPresent) {
+    wrap_calculate_timestep_estimate plain;
+    ASSERT_TRUE(plain.process_params(json(R"({"entity_type": "hex", "entity_ids": [1]})")));
+    EXPECT_FALSE(plain.has_density);
+
+    wrap_calculate_timestep_estimate with_density;
+    ASSERT_TRUE(with_density.process_params(
+        json(R"({"entity_type": "hex", "entity_ids": [], "density": 7800})")));
+    EXPECT_TRUE(with_density.has_density);
+    EXPECT_EQ(with_density.density, 7800.0);
+    EXPECT_FALSE(with_density.has_youngs_modulus);
+
+    EXPECT_FALSE(wrap_calculate_timestep_estimate().process_params(
+        json(R"({"entity_type": "hex", "entity_ids": [1], "youngs_modulus": "2e11"})")));
+    EXPECT_FALSE(wrap_calculate_timestep_estimate().process_params(
+        json(R"({"entity_type": "hex", "density": 1})")));
+}
+
+TEST(ParamRules, TimestepEstimateChoosesItsKernelFunctionByDensity) {
+    if (!not_built("calculate_timestep_estimate") ||
+        !not_built("calculate_timestep_estimate_with_props"))
+        GTEST_SKIP() << "observed through the placeholders only";
+    auto capture = ErrorCapture::install();
+    call("calculate_timestep_estimate",
+         R"({"entity_type": "hex", "entity_ids": [1], "youngs_modulus": 2e11})");
+    call("calculate_timestep_estimate",
+         R"({"entity_type": "hex", "entity_ids": [1], "density": 1})");
+    capture->uninstall();
+    EXPECT_EQ(capture->lines(),
+              (std::vector<std::string>{not_built_line("calculate_timestep_estimate"),
+                                        not_built_line("calculate_timestep_estimate_with_props")}));
+}
+
+TEST(ParamRules, FilenameMethodsIgnoreParams) {
+    // Whatever is sent, the kernel is handed empty members; with a placeholder kernel they come
+    // back untouched.
+    const QJsonValue recent =
+        call("add_filename_to_recent_file_list", R"({"filename": "/x/y.tvo"})");
+    ASSERT_TRUE(recent.isObject());
+    EXPECT_EQ(recent.toObject().keys(), QStringList{"filename"});
+    if (not_built("add_filename_to_recent_file_list")) {
+        EXPECT_EQ(recent["filename"].toString(), QString());
+    }
+    EXPECT_FALSE(accepts("add_filename_to_recent_file_list", R"(["/x/y.tvo"])"));
+
+    const QJsonValue completed =
+        call("complete_filename", R"({"line": "open 'ab", "num_chars": 3})");
+    ASSERT_TRUE(completed.isObject());
+    EXPECT_EQ(completed.toObject().keys(), (QStringList{"found_quote", "line", "num_chars"}));
+    if (not_built("complete_filename")) {
+        EXPECT_EQ(completed["line"].toString(), QString());
+        EXPECT_EQ(completed["num_chars"].toInt(-1), 0);
+        EXPECT_EQ(completed["found_quote"].toBool(true), false);
+    }
+}
