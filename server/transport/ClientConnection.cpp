@@ -61,7 +61,9 @@ void ClientConnection::receive_text_message(QString message) {
     router->process_batch(this, requests);
 }
 
-void ClientConnection::receive_binary_message(QByteArray message) { Q_UNUSED(message); }
+void ClientConnection::receive_binary_message(QByteArray message) {
+    Q_UNUSED(message);
+}
 
 void ClientConnection::send_response(const RPCResponse& response) {
     if (pending_batches.empty()) {

@@ -16,6 +16,7 @@
 #include <QWebSocket>
 #include <QWebSocketServer>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -23,10 +24,9 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
                          bool use_tls, const QString& connection_id, bool debug_json,
                          QObject* parent)
     : QObject(parent), router(router), connection_id(connection_id), debug_json(debug_json) {
-    server = new QWebSocketServer(QStringLiteral("TarvoServer"),
-                                  use_tls ? QWebSocketServer::SecureMode
-                                          : QWebSocketServer::NonSecureMode,
-                                  nullptr);
+    server = new QWebSocketServer(
+        QStringLiteral("TarvoServer"),
+        use_tls ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode, nullptr);
     if (use_tls) {
         // Clients are local and connect to "localhost"; nothing is gained by asking them for
         // certificates, and the built-in certificate is meant to go unverified.
@@ -53,7 +53,12 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
 
     if (!server->listen(address, port)) {
         log_message(tr("Error: %1\nFailed to setup WebSocket server.").arg(server->errorString()));
-        std::exit(-1);
+        // The worker thread is already initialising the kernel. exit() would run the static
+        // destructors of the kernel's libraries under its feet, and the process would crash
+        // instead of ending with status -1; quick_exit skips them. Output is flushed by hand,
+        // since quick_exit doesn't.
+        std::fflush(nullptr);
+        std::quick_exit(-1);
     }
     // A launching process reads this line to learn the port, so it keeps its plain form.
     std::printf("Listening on port %d\n", static_cast<int>(server->serverPort()));
@@ -73,7 +78,9 @@ TarvoServer::~TarvoServer() {
     delete server;
 }
 
-quint16 TarvoServer::port() const { return server->serverPort(); }
+quint16 TarvoServer::port() const {
+    return server->serverPort();
+}
 
 void TarvoServer::connection() {
     QWebSocket* socket = server->nextPendingConnection();
@@ -100,7 +107,7 @@ void TarvoServer::connection() {
         }
     }
 
-    set_low_delay(socket);
+    set_low_delay(socket, server);
 
     auto* client = new ClientConnection(debug_json);
     connections.emplace_back(client, socket);
@@ -139,7 +146,8 @@ void TarvoServer::disconnection() {
 
     if (timeout_after_disconnect >= 1 && connections.empty()) {
         // 32-bit arithmetic, wrapping rather than overflowing for absurd values.
-        const auto msec = static_cast<qint32>(static_cast<quint32>(timeout_after_disconnect) * 1000u);
+        const auto msec =
+            static_cast<qint32>(static_cast<quint32>(timeout_after_disconnect) * 1000u);
         exit_timer.start(msec);
     }
 }

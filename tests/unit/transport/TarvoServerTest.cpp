@@ -1,0 +1,333 @@
+// TarvoServer with real WebSocket clients on the loopback address, in this process: admission by
+// connection id, the exit timer, and the delivery of frames to the right socket.
+
+#include "transport/TarvoServer.h"
+#include "FakeRouter.h"
+#include "WireHelpers.h"
+#include "transport/socket_options.h"
+#include "transport/tls_material.h"
+
+#include <QAbstractSocket>
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QTest>
+#include <QTimer>
+#include <QWebSocket>
+#include <QWebSocketServer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <thread>
+
+namespace {
+
+// Upper bound for waiting on a network event that is expected to happen; never reached when the
+// code is right.
+constexpr int kWaitMs = 10000;
+
+std::unique_ptr<TarvoServer> start_server(FakeRouter& router, const QString& connection_id,
+                                          bool use_tls = false, bool debug_json = false) {
+    return std::make_unique<TarvoServer>(&router, QHostAddress(QHostAddress::LocalHost), 0, use_tls,
+                                         connection_id, debug_json);
+}
+
+QString url_for(const TarvoServer& server, const QString& rest, const char* scheme = "ws") {
+    return QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(server.port()).arg(rest);
+}
+
+// A client socket that collects the text frames it receives.
+struct Client {
+    Client() {
+        QObject::connect(&socket, &QWebSocket::textMessageReceived,
+                         [this](const QString& frame) { frames.push_back(frame); });
+    }
+    QWebSocket socket;
+    std::vector<QString> frames;
+};
+
+// Opens `client` and waits until the server has either admitted it (the router was told and the
+// client has seen the handshake answer) or closed it. Answers whether it was admitted.
+bool open_and_settle(Client& client, const FakeRouter& router, const QString& url) {
+    const size_t added_before = router.added.size();
+    QSignalSpy closed(&client.socket, &QWebSocket::disconnected);
+    client.socket.open(QUrl(url));
+    const bool settled = QTest::qWaitFor(
+        [&] {
+            return (router.added.size() > added_before &&
+                    client.socket.state() == QAbstractSocket::ConnectedState) ||
+                   (closed.count() > 0 &&
+                    client.socket.state() == QAbstractSocket::UnconnectedState);
+        },
+        kWaitMs);
+    EXPECT_TRUE(settled) << url.toStdString();
+    return router.added.size() > added_before;
+}
+
+// Closes `client` and waits until the server has removed it.
+void close_and_settle(Client& client, const FakeRouter& router) {
+    const size_t removed_before = router.removed.size();
+    client.socket.close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return router.removed.size() > removed_before; }, kWaitMs));
+}
+
+TEST(TarvoServerAdmission, IdComesFromTheQueryOrFromThePathWhenThereIsNoQuery) {
+    FakeRouter router;
+    auto server = start_server(router, "abc");
+
+    struct Case {
+        const char* rest;
+        bool admitted;
+    };
+    const Case cases[] = {
+        {"/?connection_id=abc", true},
+        {"/abc", true},
+        {"/?other=1&connection_id=abc", true},
+        {"/ABC", false},                 // case-sensitive
+        {"/?connection_id=ab", false},   // same prefix, shorter
+        {"/?connection_id=abcd", false}, // longer
+        {"/", false},                    // nothing in the path
+        {"", false},
+        {"/abc?x=1", false}, // a query without the item: the path isn't consulted
+    };
+    for (const Case& c : cases) {
+        Client client;
+        EXPECT_EQ(open_and_settle(client, router, url_for(*server, c.rest)), c.admitted) << c.rest;
+    }
+    EXPECT_EQ(router.added.size(), 3u);
+}
+
+TEST(TarvoServerAdmission, IdIsComparedAfterPercentDecoding) {
+    FakeRouter router;
+    auto server = start_server(router, QString::fromUtf8("a b/\xC3\xA9"));
+
+    Client by_query;
+    EXPECT_TRUE(
+        open_and_settle(by_query, router, url_for(*server, "/?connection_id=a%20b%2F%C3%A9")));
+    Client by_path;
+    EXPECT_TRUE(open_and_settle(by_path, router, url_for(*server, "/a%20b/%C3%A9")));
+    Client undecoded;
+    EXPECT_FALSE(open_and_settle(undecoded, router, url_for(*server, "/?connection_id=a%2520b")));
+}
+
+TEST(TarvoServerAdmission, WithoutIdEveryClientIsAdmitted) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    for (const char* rest : {"", "/", "/anything", "/?connection_id=zzz", "/?x"}) {
+        Client client;
+        EXPECT_TRUE(open_and_settle(client, router, url_for(*server, rest))) << rest;
+    }
+}
+
+TEST(TarvoServerExitTimer, StartsWhenTheLastClientLeavesAndStopsForAnAdmittedOne) {
+    FakeRouter router;
+    auto server = start_server(router, "id");
+    server->set_timeout_after_disconnect(5);
+    EXPECT_FALSE(server->exit_timer_active()); // never reached: runs for ever
+
+    Client first;
+    Client second;
+    ASSERT_TRUE(open_and_settle(first, router, url_for(*server, "/id")));
+    ASSERT_TRUE(open_and_settle(second, router, url_for(*server, "/id")));
+    EXPECT_EQ(server->client_count(), 2);
+
+    close_and_settle(first, router);
+    EXPECT_EQ(server->client_count(), 1);
+    EXPECT_FALSE(server->exit_timer_active());
+    close_and_settle(second, router);
+    EXPECT_EQ(server->client_count(), 0);
+    EXPECT_TRUE(server->exit_timer_active());
+
+    Client refused;
+    EXPECT_FALSE(open_and_settle(refused, router, url_for(*server, "/wrong")));
+    EXPECT_TRUE(server->exit_timer_active());
+
+    Client back;
+    EXPECT_TRUE(open_and_settle(back, router, url_for(*server, "/id")));
+    EXPECT_FALSE(server->exit_timer_active());
+}
+
+TEST(TarvoServerExitTimer, NotStartedWithoutTimeout) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    server->set_timeout_after_disconnect(0);
+    Client client;
+    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "")));
+    close_and_settle(client, router);
+    EXPECT_FALSE(server->exit_timer_active());
+}
+
+TEST(TarvoServerExitTimer, FiringQuitsTheApplication) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    server->set_timeout_after_disconnect(1);
+    Client client;
+    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "")));
+    close_and_settle(client, router);
+    ASSERT_TRUE(server->exit_timer_active());
+
+    // Guard against a timer that never fires; destroyed before the next test runs.
+    QTimer guard;
+    guard.setSingleShot(true);
+    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(2); });
+    guard.start(kWaitMs);
+    EXPECT_EQ(QCoreApplication::exec(), 0);
+}
+
+TEST(TarvoServerFrames, ResponsesReachTheirOwnClient) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    Client a;
+    Client b;
+    ASSERT_TRUE(open_and_settle(a, router, url_for(*server, "")));
+    ASSERT_TRUE(open_and_settle(b, router, url_for(*server, "")));
+
+    b.socket.sendTextMessage(R"({"jsonrpc":"2.0","method":"x","id":1})");
+    a.socket.sendBinaryMessage("ignored");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return router.requests.size() == 1; }, kWaitMs));
+    ClientConnection* asker = router.requests[0].client;
+    EXPECT_EQ(asker, router.added[1]);
+
+    asker->send_response(make_response(1, "for b"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return b.frames.size() == 1; }, kWaitMs));
+    EXPECT_EQ(parse_frame(b.frames[0])["result"], QJsonValue("for b"));
+    EXPECT_TRUE(a.frames.empty());
+    EXPECT_EQ(router.requests.size(), 1u);
+}
+
+TEST(TarvoServerFrames, QueuedFrameForARemovedClientIsDropped) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    Client leaving;
+    Client staying;
+    ASSERT_TRUE(open_and_settle(leaving, router, url_for(*server, "")));
+    ASSERT_TRUE(open_and_settle(staying, router, url_for(*server, "")));
+
+    // As the worker thread would: the frame is emitted on another thread while the client is
+    // being removed, so it reaches the server only after the connection is gone.
+    router.on_remove = [](ClientConnection* client) {
+        std::thread worker([client] { client->send_notification(RPCRequest("late")); });
+        worker.join();
+    };
+    close_and_settle(leaving, router);
+    router.on_remove = nullptr;
+
+    router.added[1]->send_notification(RPCRequest("marker"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !staying.frames.empty(); }, kWaitMs));
+    EXPECT_EQ(parse_frame(staying.frames[0])["method"], QJsonValue("marker"));
+    EXPECT_EQ(staying.frames.size(), 1u);
+}
+
+TEST(TarvoServerFrames, DebugJsonLogsOutgoingFrames) {
+    FakeRouter router;
+    auto server = start_server(router, "", false, true);
+    Client client;
+    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "")));
+
+    std::string log;
+    {
+        CoutCapture capture;
+        router.added[0]->send_notification(RPCRequest("print_message", QJsonArray{"hi"}));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return client.frames.size() == 1; }, kWaitMs));
+        log = capture.text();
+    }
+    EXPECT_NE(log.find("\n  <- {\"jsonrpc\":\"2.0\",\"method\":\"print_message\",\"params\":"
+                       "[\"hi\"]}\n\n"),
+              std::string::npos)
+        << log;
+}
+
+TEST(TarvoServerTls, ClientsConnectWithTheBuiltInCertificate) {
+    ASSERT_FALSE(QSslCertificate(tls_certificate_pem, QSsl::Pem).isNull());
+    ASSERT_FALSE(QSslKey(tls_private_key_pem, QSsl::Rsa, QSsl::Pem, QSsl::PrivateKey).isNull());
+
+    FakeRouter router;
+    auto server = start_server(router, "abc", true);
+    Client client;
+    QObject::connect(&client.socket, &QWebSocket::sslErrors,
+                     [&client](const QList<QSslError>&) { client.socket.ignoreSslErrors(); });
+    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "/abc", "wss")));
+    router.added[0]->send_notification(RPCRequest("hello"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return client.frames.size() == 1; }, kWaitMs));
+    EXPECT_EQ(parse_frame(client.frames[0])["method"], QJsonValue("hello"));
+
+    // A plain client gets nowhere with a TLS listener.
+    Client plain;
+    EXPECT_FALSE(open_and_settle(plain, router, url_for(*server, "/abc")));
+}
+
+int tcp_nodelay(qintptr descriptor) {
+    int value = -1;
+    socklen_t size = sizeof(value);
+    if (getsockopt(static_cast<int>(descriptor), IPPROTO_TCP, TCP_NODELAY, &value, &size) != 0)
+        return -1;
+    return value;
+}
+
+// The descriptor of the TCP connection with these ports, found among this process's open
+// descriptors, so that the check doesn't go through the code under test.
+qintptr descriptor_of(quint16 local_port, quint16 peer_port) {
+    for (int fd = 0; fd < 1024; ++fd) {
+        sockaddr_in local{};
+        sockaddr_in peer{};
+        socklen_t local_size = sizeof(local);
+        socklen_t peer_size = sizeof(peer);
+        if (getsockname(fd, reinterpret_cast<sockaddr*>(&local), &local_size) != 0 ||
+            getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &peer_size) != 0 ||
+            local.sin_family != AF_INET)
+            continue;
+        if (ntohs(local.sin_port) == local_port && ntohs(peer.sin_port) == peer_port)
+            return fd;
+    }
+    return -1;
+}
+
+TEST(SocketOptions, LowDelayReachesTheTcpSocketUnderAServerSideWebSocket) {
+    for (const bool use_tls : {false, true}) {
+        QWebSocketServer listener("test", use_tls ? QWebSocketServer::SecureMode
+                                                  : QWebSocketServer::NonSecureMode);
+        if (use_tls) {
+            QSslConfiguration ssl;
+            ssl.setLocalCertificate(QSslCertificate(tls_certificate_pem, QSsl::Pem));
+            ssl.setPrivateKey(QSslKey(tls_private_key_pem, QSsl::Rsa));
+            listener.setSslConfiguration(ssl);
+        }
+        ASSERT_TRUE(listener.listen(QHostAddress::LocalHost, 0));
+        QWebSocket client;
+        QObject::connect(&client, &QWebSocket::sslErrors,
+                         [&client](const QList<QSslError>&) { client.ignoreSslErrors(); });
+        client.open(QUrl(QStringLiteral("%1://127.0.0.1:%2/")
+                             .arg(use_tls ? "wss" : "ws")
+                             .arg(listener.serverPort())));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return listener.hasPendingConnections(); }, kWaitMs));
+        std::unique_ptr<QWebSocket> accepted(listener.nextPendingConnection());
+        const qintptr descriptor = descriptor_of(accepted->localPort(), accepted->peerPort());
+        ASSERT_GE(descriptor, 0);
+        EXPECT_EQ(tcp_nodelay(descriptor), 0) << "already set by Qt: the helper is redundant";
+
+        EXPECT_TRUE(set_low_delay(accepted.get(), &listener));
+        EXPECT_EQ(tcp_nodelay(descriptor), 1);
+    }
+}
+
+} // namespace
+
+namespace {
+
+TEST(SocketOptions, TheServerTurnsOffNagleForAdmittedClients) {
+    FakeRouter router;
+    auto server = start_server(router, "");
+    Client client;
+    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "")));
+    // The server's end of this connection: its local port is the client's peer port.
+    const qintptr descriptor = descriptor_of(client.socket.peerPort(), client.socket.localPort());
+    ASSERT_GE(descriptor, 0);
+    EXPECT_EQ(tcp_nodelay(descriptor), 1);
+}
+
+} // namespace
