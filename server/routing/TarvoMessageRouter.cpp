@@ -1,0 +1,266 @@
+#include "routing/TarvoMessageRouter.h"
+
+#include "monitors/DataMonitor.h"
+#include "monitors/MonitorRegistry.h"
+#include "monitors/NotificationRegistry.h"
+#include "monitors/NotifyRPCRequestHandler.h"
+#include "routing/ServerWorker.h"
+#include "routing/Task.h"
+#include "transport/ClientConnection.h"
+
+#include <QJsonObject>
+#include <QMetaObject>
+
+#include <map>
+#include <mutex>
+
+TarvoMessageRouter::TarvoMessageRouter(ServerWorker* worker, bool synchronous)
+    : synchronous(synchronous), subscriptions(new NotificationRegistry),
+      monitors(new MonitorRegistry) {
+    queue = new TarvoQueue(worker, [this, synchronous](TarvoQueue::NotificationType type) {
+        // Worker thread, notification_mutex held: post, never block.
+        if (synchronous)
+            return;
+        const int t = static_cast<int>(type);
+        QMetaObject::invokeMethod(
+            this, [this, t] { process_notifications(t); }, Qt::QueuedConnection);
+    });
+    queue->set_connected_clients(&clients);
+
+    subscriptions->register_notification(QStringLiteral("print_message"), QStringLiteral("[msg]"));
+    subscriptions->register_notification(QStringLiteral("print_error"), QStringLiteral("[msg]"));
+    subscriptions->register_notification(QStringLiteral("progress_started"), QString());
+    subscriptions->register_notification(QStringLiteral("progress_ended"), QString());
+    subscriptions->register_notification(QStringLiteral("progress_percent"),
+                                         QStringLiteral("[percent]"));
+}
+
+TarvoMessageRouter::~TarvoMessageRouter() {
+    queue->stop();
+    // What finished last still goes out to the connections that exist. By now the server has
+    // usually deleted them all without remove_client; their destroyed signals have taken them
+    // out of `clients`, so this reaches no deleted connection. The worker thread is joined, so
+    // no lock is needed.
+    handle_completed_tarvo_task();
+    delete queue;
+    queue = nullptr;
+    delete subscriptions;
+    delete monitors;
+}
+
+void TarvoMessageRouter::add_client(ClientConnection* client) {
+    client->set_router(this);
+    clients.insert(client);
+    subscriptions->add_client(client);
+    monitors->add_client(client);
+    // A connection deleted without remove_client (the server's teardown) must still leave every
+    // set of the router, before anything could be sent to it. The slot runs inside the
+    // connection's destruction and uses the pointer as a key only.
+    connect(
+        client, &QObject::destroyed, this, [this, client] { forget_client(client); },
+        Qt::DirectConnection);
+}
+
+void TarvoMessageRouter::remove_client(ClientConnection* client) {
+    client->set_router(nullptr);
+    QObject::disconnect(client, &QObject::destroyed, this, nullptr);
+    forget_client(client);
+    // Its tasks are not cancelled: they run, their monitor data goes to the others, and their
+    // responses are dropped when they come back.
+    queue->remove_client(client);
+}
+
+void TarvoMessageRouter::forget_client(ClientConnection* client) {
+    clients.erase(client);
+    subscriptions->remove_client(client);
+    monitors->remove_client(client);
+}
+
+void TarvoMessageRouter::process_response(ClientConnection* /*client*/,
+                                          const RPCResponse& /*response*/) {}
+
+void TarvoMessageRouter::process_request(ClientConnection* client, const RPCRequest& request) {
+    std::future<int> done = route(client, request);
+    if (!synchronous)
+        return;
+    if (done.valid())
+        done.wait();
+    serve_all();
+}
+
+void TarvoMessageRouter::process_batch(ClientConnection* client, const RPCBatchRequest& batch) {
+    // Not atomic: each element is routed on its own; the connection collects the responses.
+    for (const RPCRequest& request : batch.requests()) {
+        std::future<int> done = route(client, request);
+        if (synchronous && done.valid())
+            done.wait();
+    }
+    if (synchronous)
+        serve_all();
+}
+
+std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRequest& request) {
+    const QString method = request.method_name();
+
+    if (method == QLatin1String("tarvo.request_interrupt")) {
+        queue->request_interrupt();
+        if (!request.is_notification()) {
+            RPCResponse response(request);
+            response.set_result(QJsonValue(QJsonValue::Null));
+            client->send_response(response);
+        }
+        return {};
+    }
+
+    if (method.startsWith(QLatin1String("pubsub."))) {
+        NotifyRPCRequestHandler handler(subscriptions, this, client);
+        const RPCResponse response = handler.exec(request);
+        if (!response.is_empty())
+            client->send_response(response);
+        return {};
+    }
+
+    if (method.startsWith(QLatin1String("datamonitor."))) {
+        const MonitorResult result =
+            queue->process_monitor_request(monitors, new Task(client, request));
+        std::future<int> done;
+        if (result.follow_up != nullptr) {
+            // Its selection is the new key alone, so its monitors are built even if the client's
+            // selection changes again before it runs.
+            done = queue->enqueue_kernel_task(result.follow_up);
+        }
+        if (!result.is_empty())
+            client->send_response(result);
+        return done;
+    }
+
+    if (method == QLatin1String("graphics.test_render")) {
+        test_render(client, request);
+        return {};
+    }
+
+    Task* task = new Task(client, request);
+    attach_monitors(task);
+    // No dot is needed: any name that begins with these letters is a graphics request.
+    if (method.startsWith(QLatin1String("graphics")))
+        return queue->enqueue_graphics_task(task);
+    return queue->enqueue_kernel_task(task);
+}
+
+void TarvoMessageRouter::attach_monitors(Task* task) {
+    MonitorSelection selection;
+    for (ClientConnection* client : clients)
+        merge_selection(selection, monitors->copy_selection(client));
+    task->selection = std::move(selection);
+}
+
+void TarvoMessageRouter::test_render(ClientConnection* client, const RPCRequest& request) {
+    const QJsonObject params = request.params().toObject();
+    const int count = params.value(QStringLiteral("count")).toInt(0);
+    const int view_id = params.value(QStringLiteral("view_id")).toInt(0);
+    for (int i = 0; i < count; ++i) {
+        QJsonObject render_params{{QStringLiteral("view_id"), view_id}};
+        if (i == 0)
+            render_params.insert(QStringLiteral("timing"), true);
+        Task* task = new Task(client, RPCRequest(QStringLiteral("graphics.render"), render_params));
+        attach_monitors(task);
+        queue->enqueue_graphics_task(task).wait();
+        // Served here directly; the events posted meanwhile find nothing left to do.
+        {
+            std::lock_guard lock(queue->notification_mutex());
+            handle_tarvo_notifications();
+        }
+        {
+            std::lock_guard lock(queue->notification_mutex());
+            handle_graphics(i + 1 == count);
+        }
+        {
+            std::lock_guard lock(queue->notification_mutex());
+            handle_completed_tarvo_task();
+        }
+    }
+    // The request itself is never answered.
+}
+
+void TarvoMessageRouter::serve_all() {
+    {
+        std::lock_guard lock(queue->notification_mutex());
+        handle_tarvo_notifications();
+    }
+    {
+        std::lock_guard lock(queue->notification_mutex());
+        queue->deliver_views(false);
+    }
+    {
+        std::lock_guard lock(queue->notification_mutex());
+        handle_completed_tarvo_task();
+    }
+}
+
+void TarvoMessageRouter::process_notifications(int t) {
+    // The whole serving, sending included, runs under the lock: a worker that reports meanwhile
+    // waits for its end.
+    std::lock_guard lock(queue->notification_mutex());
+    switch (t) {
+    case TarvoQueue::Graphics:
+        queue->deliver_views(false);
+        break;
+    case TarvoQueue::TaskCompleted:
+        handle_completed_tarvo_task();
+        break;
+    case TarvoQueue::Output:
+        handle_tarvo_notifications();
+        break;
+    default:
+        break;
+    }
+}
+
+void TarvoMessageRouter::handle_tarvo_notifications() {
+    send_notifications(queue->take_output());
+}
+
+void TarvoMessageRouter::handle_graphics(bool dump_time) {
+    queue->deliver_views(dump_time);
+}
+
+void TarvoMessageRouter::send_notifications(const std::vector<RPCRequest>& notifications) {
+    if (notifications.empty())
+        return;
+    std::map<ClientConnection*, std::vector<RPCRequest>> shares;
+    for (const RPCRequest& notification : notifications)
+        for (ClientConnection* client : subscriptions->subscribers(notification.method_name()))
+            shares[client].push_back(notification);
+    for (const auto& [client, share] : shares) {
+        if (clients.count(client) == 0)
+            continue;
+        if (share.size() >= 2)
+            client->send_notifications(RPCBatchRequest(share));
+        else
+            client->send_notification(share.front());
+    }
+}
+
+void TarvoMessageRouter::handle_completed_tarvo_task() {
+    for (Task* task : queue->take_completed()) {
+        // Monitor data first, to every client that selected it now, whoever asked.
+        for (ClientConnection* client : clients) {
+            const MonitorSelection* selection = monitors->selection_of(client);
+            if (selection == nullptr)
+                continue;
+            std::vector<RPCRequest> data;
+            for (DataMonitor* monitor : task->monitors) {
+                std::vector<RPCRequest> part = monitor->get_notifications(*selection);
+                data.insert(data.end(), part.begin(), part.end());
+            }
+            if (data.size() >= 2)
+                client->send_notifications(RPCBatchRequest(data));
+            else if (data.size() == 1)
+                client->send_notification(data.front());
+        }
+        // Then the answer, if the asking client is still there.
+        if (!task->response.is_empty() && clients.count(task->client) != 0)
+            task->client->send_response(task->response);
+        delete task;
+    }
+}

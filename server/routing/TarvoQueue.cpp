@@ -1,0 +1,270 @@
+#include "routing/TarvoQueue.h"
+
+#include "graphics/GraphicsRPCRequestHandler.h"
+#include "routing/ServerWorker.h"
+#include "routing/Task.h"
+#include "routing/WorkerMessageHandler.h"
+#include "routing/WorkerOutput.h"
+#include "routing/WorkerProgressHandler.h"
+#include "tarvo_util/TarvoMessage.h"
+#include "tarvo_util/TarvoString.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::uint32_t bit_of(TarvoQueue::NotificationType type) {
+    return std::uint32_t{1} << static_cast<int>(type);
+}
+
+} // namespace
+
+TarvoQueue::TarvoQueue(ServerWorker* worker, std::function<void(NotificationType)> notify)
+    : server_worker(worker), notify(std::move(notify)), output(new WorkerOutput) {
+    thread = std::thread(&TarvoQueue::run, this);
+}
+
+TarvoQueue::~TarvoQueue() {
+    if (thread.joinable())
+        stop();
+    delete output;
+}
+
+// ---- Main thread ----------------------------------------------------------------------------
+
+std::future<int> TarvoQueue::enqueue_kernel_task(Task* task) {
+    std::lock_guard lock(queue_mutex);
+    kernel_tasks.push_back(task);
+    task_available.notify_one();
+    return task->get_future();
+}
+
+std::future<int> TarvoQueue::enqueue_graphics_task(Task* task) {
+    std::lock_guard lock(queue_mutex);
+    graphics_tasks.push_back(task);
+    task_available.notify_one();
+    return task->get_future();
+}
+
+MonitorResult TarvoQueue::process_monitor_request(MonitorRegistry* registry, Task* task) {
+    return server_worker->process_monitor_request(registry, task);
+}
+
+void TarvoQueue::request_interrupt() {
+    // Held across the call, so that the task that `busy` speaks of can't end meanwhile.
+    std::lock_guard lock(queue_mutex);
+    if (busy)
+        server_worker->interrupt();
+}
+
+void TarvoQueue::remove_client(ClientConnection* client) {
+    {
+        std::lock_guard lock(notification_lock);
+        removed_clients.insert(client);
+        for (auto it = dirty_views.begin(); it != dirty_views.end(); ++it) {
+            if (it->second == client) {
+                dirty_views.erase(it);
+                break;
+            }
+        }
+    }
+    // notification_mutex is released before queue_mutex is taken: the lock order.
+    Task* task = new Task(client, [this, client] {
+        // The views of the client are destroyed here once the render views exist (graphics
+        // stays null until then).
+        std::lock_guard lock(notification_lock);
+        removed_clients.erase(client);
+    });
+    enqueue_graphics_task(task);
+}
+
+std::vector<RPCRequest> TarvoQueue::take_output() {
+    pending &= ~bit_of(Output);
+    return output->take_notifications();
+}
+
+std::deque<Task*> TarvoQueue::take_completed() {
+    pending &= ~bit_of(TaskCompleted);
+    std::deque<Task*> tasks;
+    tasks.swap(completed_tasks);
+    return tasks;
+}
+
+void TarvoQueue::deliver_views(bool dump_time) {
+    pending &= ~bit_of(Graphics);
+    for (const auto& [view, client] : dirty_views) {
+        // A view can still be dirty after its client went (remove_client spares all but one),
+        // and its connection may be deleted by then: never deliver to a client the router no
+        // longer knows. The image delivery itself comes with the render views.
+        if (!client_connected(client))
+            continue;
+        (void)view;
+        (void)dump_time;
+    }
+    dirty_views.clear();
+}
+
+void TarvoQueue::stop() {
+    {
+        std::lock_guard lock(queue_mutex);
+        stopping = true;
+        task_available.notify_one();
+    }
+    thread.join();
+}
+
+bool TarvoQueue::client_connected(ClientConnection* client) const {
+    return connected_clients != nullptr && connected_clients->count(client) != 0;
+}
+
+// ---- Worker thread --------------------------------------------------------------------------
+
+void TarvoQueue::mark_view_dirty(ServerGraphicsView* view, ClientConnection* client) {
+    std::lock_guard lock(notification_lock);
+    if (removed_clients.count(client) != 0)
+        return;
+    dirty_views.emplace(view, client);
+    if (!batching_renders)
+        signal(Graphics);
+}
+
+void TarvoQueue::forget_view(ServerGraphicsView* view) {
+    std::lock_guard lock(notification_lock);
+    dirty_views.erase(view);
+}
+
+bool TarvoQueue::is_batching_renders() {
+    std::lock_guard lock(notification_lock);
+    return batching_renders;
+}
+
+void TarvoQueue::complete_task(Task* task) {
+    // All under the lock: once it is released the main thread may take the task and delete it.
+    std::lock_guard lock(notification_lock);
+    completed_tasks.push_back(task);
+    signal(TaskCompleted);
+    task->done.set_value(1);
+}
+
+void TarvoQueue::set_render_batching(bool on) {
+    std::map<ServerGraphicsView*, ClientConnection*> to_render;
+    {
+        std::lock_guard lock(notification_lock);
+        if (batching_renders)
+            to_render = dirty_views;
+    }
+    // Each view collected during the batch renders once here, outside the lock, when the
+    // render views exist; marking them dirty is what their render does.
+    (void)to_render;
+    std::lock_guard lock(notification_lock);
+    if (!on && !dirty_views.empty())
+        signal(Graphics);
+    batching_renders = on;
+}
+
+void TarvoQueue::add_print(const TarvoString& text, int kind) {
+    std::lock_guard lock(notification_lock);
+    // Only a completed line asks for a serving; a partial one waits for the next.
+    if (output->add_print(text, kind))
+        signal(Output);
+}
+
+void TarvoQueue::progress_start(const char* title, const char* info, bool has_cancel) {
+    std::lock_guard lock(notification_lock);
+    output->start(title, info, has_cancel);
+    signal(Output);
+}
+
+void TarvoQueue::progress_end() {
+    std::lock_guard lock(notification_lock);
+    output->end();
+    signal(Output);
+}
+
+void TarvoQueue::progress_percent(double value) {
+    std::lock_guard lock(notification_lock);
+    output->set_percent(value);
+    signal(Output);
+}
+
+void TarvoQueue::signal(NotificationType type) {
+    if (pending & bit_of(type))
+        return;
+    pending |= bit_of(type);
+    notify(type);
+}
+
+// The worker thread: the only thread that calls the kernel.
+void TarvoQueue::run() {
+    auto messages = std::make_shared<WorkerMessageHandler>(this);
+    auto progress = std::make_shared<WorkerProgressHandler>(this);
+    server_worker->initialize(messages, progress);
+    // The graphics manager is made here, after the kernel is up, once the render views exist.
+
+    std::unique_lock lock(queue_mutex);
+    for (;;) {
+        std::deque<Task*> local;
+
+        // All waiting graphics tasks first; `busy` covers the whole run of them, so an interrupt
+        // during a graphics pass reaches the kernel even if it is idle.
+        local.swap(graphics_tasks);
+        const size_t n = local.size();
+        if (n != 0) {
+            busy = true;
+            if (n > 1)
+                set_render_batching(true);
+            for (Task* task : local) {
+                lock.unlock();
+                server_worker->begin_task(task, true);
+                if (task->action)
+                    task->action();
+                GraphicsRPCRequestHandler handler(graphics, task->client);
+                const RPCResponse response = handler.exec(task->request);
+                if (!response.is_empty())
+                    task->set_response(response);
+                server_worker->end_task(task);
+                lock.lock();
+                complete_task(task);
+            }
+            if (n > 1)
+                set_render_batching(false);
+            busy = false;
+        }
+
+        // Then the kernel tasks waiting at this moment; later ones wait for the next pass, behind
+        // any graphics task that arrives meanwhile. `busy` is clear between two of them only
+        // while queue_mutex is held, so an interrupt can't fall into that gap.
+        local.clear();
+        local.swap(kernel_tasks);
+        for (Task* task : local) {
+            busy = true;
+            lock.unlock();
+            server_worker->begin_task(task, false);
+            if (task->action)
+                task->action();
+            // A monitor task has no method and keeps the response it came with.
+            if (!task->request.method_name().isEmpty()) {
+                const RPCResponse response = server_worker->execute(task);
+                if (!response.is_empty())
+                    task->set_response(response);
+            }
+            server_worker->end_task(task);
+            lock.lock();
+            busy = false;
+            complete_task(task);
+        }
+
+        if (stopping)
+            break;
+        if (kernel_tasks.empty() && graphics_tasks.empty())
+            task_available.wait(lock);
+        // Let the main thread in between two passes.
+        lock.unlock();
+        lock.lock();
+    }
+    lock.unlock();
+
+    server_worker->shutdown();
+    // The handlers stay attached while the kernel closes; what it prints then is not served.
+    TarvoMessage::instance()->set_message_handler(nullptr);
+}

@@ -1,0 +1,50 @@
+#pragma once
+// One unit of work for the worker thread. Created with new on the main thread by the router,
+// handed by raw pointer through TarvoQueue to the worker thread and back, and deleted on the main
+// thread once its monitor data and response went out. It owns the monitors that the worker built
+// for it.
+//
+// Threads: the main thread fills it before it is queued; from then on the worker thread alone
+// touches it until it lies on the completed list; after take_completed() it is the main thread's
+// again. The queue's mutexes order these hand-overs, so the task itself has no lock.
+
+#include "json_rpc/RPCObject.h"
+#include "monitors/MonitorSelection.h"
+
+#include <functional>
+#include <future>
+#include <vector>
+
+class ClientConnection;
+class DataMonitor;
+
+class Task {
+public:
+    // An ordinary request.
+    Task(ClientConnection* client, const RPCRequest& request);
+    // A monitor task: no request, a selection holding this one key. It runs nothing but its
+    // monitors, and so brings a new monitor its first data.
+    Task(ClientConnection* client, const MonitorKey& key);
+    // Code to run on the worker thread, ahead of (here: instead of) a request.
+    Task(ClientConnection* client, std::function<void()> action);
+    ~Task();
+    Task(const Task&) = delete;
+    Task& operator=(const Task&) = delete;
+
+    void set_response(const RPCResponse& response) { this->response = response; }
+    // Once per task. Becomes ready with 1 after the task was put on the completed list; a task
+    // deleted before that breaks the promise.
+    std::future<int> get_future() { return done.get_future(); }
+
+    // Who asked. A key only: the connection may be gone by the time that the task comes back, so
+    // it is never dereferenced before the router found it among its connected clients.
+    ClientConnection* client;
+    std::promise<int> done;
+    RPCRequest request;   // empty for monitor and action tasks
+    RPCResponse response; // empty: nothing to answer
+    std::function<void()> action;
+    // Which monitors to set up, the union over all clients at the time of queueing.
+    MonitorSelection selection;
+    // Owned.
+    std::vector<DataMonitor*> monitors;
+};

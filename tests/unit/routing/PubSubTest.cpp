@@ -1,0 +1,188 @@
+// Publish/subscribe: the registry on its own, and the five methods as clients call them through
+// the router (they run on the spot, so no serving is needed).
+
+#include "RoutingTestSupport.h"
+
+#include "monitors/NotificationRegistry.h"
+#include "routing/TarvoMessageRouter.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(NotificationRegistryTest, ClientsNamesAndSubscribers) {
+    NotificationRegistry registry;
+    auto* first = reinterpret_cast<ClientConnection*>(0x100); // keys only
+    auto* second = reinterpret_cast<ClientConnection*>(0x200);
+
+    EXPECT_TRUE(registry.notifications().empty());
+    EXPECT_FALSE(registry.subscribe(first, "news")) << "unknown client";
+    EXPECT_FALSE(registry.unsubscribe(first, "news"));
+    registry.add_client(nullptr);
+    registry.add_client(second);
+    registry.add_client(first);
+    EXPECT_TRUE(registry.subscribe(second, "news"));
+    EXPECT_TRUE(registry.subscribe(first, "news"));
+    EXPECT_TRUE(registry.subscribe(first, "news")) << "again: still true";
+    EXPECT_EQ(registry.subscribers("news"), (std::vector<ClientConnection*>{first, second}));
+
+    registry.add_client(first); // known: keeps its subscriptions
+    EXPECT_EQ(registry.subscribers("news").size(), 2u);
+    EXPECT_TRUE(registry.unsubscribe(first, "never"));
+    EXPECT_TRUE(registry.unsubscribe(first, "news"));
+    EXPECT_EQ(registry.subscribers("news"), std::vector<ClientConnection*>{second});
+
+    registry.remove_client(second);
+    registry.remove_client(second);
+    registry.remove_client(nullptr);
+    EXPECT_TRUE(registry.subscribers("news").empty());
+    registry.add_client(second);
+    EXPECT_TRUE(registry.subscribers("news").empty()) << "a returning client starts afresh";
+
+    EXPECT_TRUE(registry.register_notification("b", "[x]"));
+    EXPECT_TRUE(registry.register_notification("a", ""));
+    EXPECT_FALSE(registry.register_notification("b", "[y]"));
+    EXPECT_EQ(registry.description("b"), "[x]");
+    EXPECT_EQ(registry.description("unknown"), "");
+    EXPECT_EQ(registry.notifications(), (std::vector<QString>{"a", "b"}));
+}
+
+class PubSubTest : public testing::Test {
+protected:
+    PubSubTest() {
+        router.add_client(a.connection);
+        router.add_client(b.connection);
+    }
+
+    // Calls a pubsub method for `client` and returns its one response.
+    QJsonObject call(RecordingClient& client, const QString& method, const QJsonValue& params) {
+        client.take();
+        router.process_request(client.connection, request_with_id(method, ++id, params));
+        // The publisher may also be a subscriber: its own message comes before the answer.
+        auto frames = client.take();
+        EXPECT_FALSE(frames.empty());
+        if (frames.empty())
+            return {};
+        const QJsonObject response = frames.back().object();
+        frames.pop_back();
+        delivered_to_caller = frames;
+        EXPECT_EQ(response.value("id").toInt(), id);
+        return response;
+    }
+
+    static int error_code(const QJsonObject& response) {
+        return response.value("error").toObject().value("code").toInt();
+    }
+
+    FakeWorker worker;
+    RecordingClient a;
+    RecordingClient b;
+    TarvoMessageRouter router{&worker, false};
+    int id = 0;
+    std::vector<QJsonDocument> delivered_to_caller;
+};
+
+TEST_F(PubSubTest, KernelOutputNamesAreRegisteredWithTheirDescriptions) {
+    const QJsonObject list = call(a, "pubsub.list", QJsonArray{1, 2}).value("result").toObject();
+    EXPECT_EQ(list, (QJsonObject{{"print_message", "[msg]"},
+                                 {"print_error", "[msg]"},
+                                 {"progress_started", ""},
+                                 {"progress_ended", ""},
+                                 {"progress_percent", "[percent]"}}));
+}
+
+TEST_F(PubSubTest, RegistrationKeepsTheFirstDescriptionAndFeedsList) {
+    EXPECT_EQ(call(a, "pubsub.register_notification",
+                   QJsonObject{{"notification", "chat"}, {"data_description", "[text]"}})
+                  .value("result"),
+              QJsonValue(true));
+    EXPECT_EQ(call(b, "pubsub.register_notification",
+                   QJsonObject{{"notification", "chat"}, {"data_description", "[other]"}})
+                  .value("result"),
+              QJsonValue(false));
+    // A non-string description is read as the empty string, not refused.
+    EXPECT_EQ(call(b, "pubsub.x.register_notification",
+                   QJsonObject{{"notification", "quiet"}, {"data_description", 12}})
+                  .value("result"),
+              QJsonValue(true));
+    const QJsonObject list = call(b, "pubsub.list", QJsonValue()).value("result").toObject();
+    EXPECT_EQ(list.value("chat").toString(), "[text]");
+    EXPECT_TRUE(list.contains("quiet"));
+    EXPECT_EQ(list.value("quiet").toString(), "");
+}
+
+TEST_F(PubSubTest, PublishWrapsDataByItsType) {
+    call(b, "pubsub.subscribe", QJsonObject{{"notification", "chat"}});
+    struct Case {
+        QJsonObject params;
+        QJsonValue expected; // Undefined: no params member
+    };
+    const std::vector<Case> cases = {
+        {{{"notification", "chat"}, {"data", 5}}, QJsonArray{5}},
+        {{{"notification", "chat"}, {"data", QJsonValue::Null}}, QJsonArray{QJsonValue::Null}},
+        {{{"notification", "chat"}, {"data", "hi"}}, QJsonArray{"hi"}},
+        {{{"notification", "chat"}, {"data", QJsonArray{1, 2}}}, QJsonArray{1, 2}},
+        {{{"notification", "chat"}, {"data", QJsonObject{{"k", 1}}}}, QJsonObject{{"k", 1}}},
+        {{{"notification", "chat"}}, QJsonValue(QJsonValue::Undefined)},
+    };
+    for (const Case& c : cases) {
+        b.take();
+        const QJsonObject response = call(a, "pubsub.publish", c.params);
+        EXPECT_TRUE(response.contains("result"));
+        EXPECT_TRUE(response.value("result").isNull());
+        const auto frames = b.take();
+        ASSERT_EQ(frames.size(), 1u);
+        const QJsonObject message = frames[0].object();
+        EXPECT_EQ(message.value("method").toString(), "chat");
+        EXPECT_FALSE(message.contains("id"));
+        EXPECT_EQ(message.value("params"), c.expected)
+            << QJsonDocument(c.params).toJson().toStdString();
+    }
+}
+
+TEST_F(PubSubTest, PublisherHearsItselfAndUnsubscribedClientsHearNothing) {
+    call(a, "pubsub.subscribe", QJsonObject{{"notification", "unregistered"}});
+    call(a, "pubsub.publish", QJsonObject{{"notification", "unregistered"}, {"data", 1}});
+    ASSERT_EQ(delivered_to_caller.size(), 1u);
+    EXPECT_EQ(frame_methods(delivered_to_caller[0]), std::vector<QString>{"unregistered"});
+    EXPECT_TRUE(b.frames.empty());
+
+    call(a, "pubsub.unsubscribe", QJsonObject{{"notification", "unregistered"}});
+    const QJsonObject response =
+        call(a, "pubsub.publish", QJsonObject{{"notification", "unregistered"}});
+    EXPECT_TRUE(response.value("result").isNull());
+    EXPECT_TRUE(delivered_to_caller.empty());
+}
+
+TEST_F(PubSubTest, NonStringNotificationActsOnTheEmptyName) {
+    EXPECT_EQ(call(b, "pubsub.subscribe", QJsonObject{{"notification", 7}}).value("result"),
+              QJsonValue(true));
+    call(a, "pubsub.publish", QJsonObject{{"notification", ""}, {"data", 1}});
+    const auto frames = b.take();
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0].object().value("method").toString(), "");
+}
+
+TEST_F(PubSubTest, RefusedParametersAndUnknownMethods) {
+    const int invalid = static_cast<int>(json_rpc::ErrorCode::InvalidParams);
+    const int not_found = static_cast<int>(json_rpc::ErrorCode::MethodNotFound);
+    EXPECT_EQ(error_code(call(a, "pubsub.subscribe", QJsonObject{})), invalid);
+    EXPECT_EQ(error_code(call(a, "pubsub.subscribe", QJsonArray{"print_message"})), invalid);
+    EXPECT_EQ(error_code(call(a, "pubsub.publish", QJsonObject{{"data", 1}})), invalid);
+    EXPECT_EQ(
+        error_code(call(a, "pubsub.register_notification", QJsonObject{{"notification", "x"}})),
+        invalid);
+    EXPECT_EQ(error_code(call(a, "pubsub.Subscribe", QJsonObject{{"notification", "x"}})),
+              not_found);
+    EXPECT_EQ(error_code(call(a, "pubsub.", QJsonObject{})), not_found);
+}
+
+TEST_F(PubSubTest, NotificationWithoutIdIsRunButNotAnswered) {
+    router.process_request(a.connection,
+                           RPCRequest("pubsub.subscribe", QJsonObject{{"notification", "chat"}}));
+    EXPECT_TRUE(a.take().empty());
+    call(b, "pubsub.publish", QJsonObject{{"notification", "chat"}, {"data", 2}});
+    EXPECT_EQ(a.take().size(), 1u);
+}
+
+} // namespace
