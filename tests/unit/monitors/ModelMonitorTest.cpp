@@ -1,0 +1,181 @@
+// The model tree: which sections a task rebuilds and sends, and what they hold for a real model.
+
+#include "KernelSession.h"
+
+#include "JsonPrinting.h"
+
+#include "monitors/ModelMonitor.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+
+MonitorSelection watching_model() {
+    MonitorSelection selection;
+    selection["model"].insert({0, 0});
+    return selection;
+}
+
+std::set<QString> keys_of(const QJsonObject& object) {
+    const QStringList keys = object.keys();
+    return {keys.begin(), keys.end()};
+}
+
+std::string dump(const QJsonObject& object) {
+    return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
+}
+
+class ModelMonitorTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(run_command("reset")); }
+};
+
+TEST_F(ModelMonitorTest, FirstMessageOfAnEmptyModelHoldsEverySectionEmpty) {
+    ModelMonitor monitor;
+    monitor.set_full_refresh();
+    monitor.update();
+
+    const std::set<QString> all = {"volume",  "surface",   "curve",          "vertex",   "bodies",
+                                   "groups",  "blocks",    "sidesets",       "nodesets", "fea_bcs",
+                                   "cfd_bcs", "materials", "boundary_layers"};
+    const auto sent = monitor.get_notifications(watching_model());
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0].method_name(), "datamonitor.model_monitor");
+    EXPECT_TRUE(sent[0].is_notification());
+    const QJsonObject model = sent[0].params().toObject();
+    EXPECT_EQ(keys_of(model), all);
+    for (const QString& key : all)
+        EXPECT_EQ(model.value(key), QJsonArray{}) << key.toStdString();
+}
+
+TEST_F(ModelMonitorTest, ATaskWithoutEventsSendsNothing) {
+    ModelMonitor monitor;
+    monitor.update();
+    EXPECT_TRUE(monitor.model_sections().isEmpty());
+    EXPECT_TRUE(monitor.get_notifications(watching_model()).empty());
+}
+
+TEST_F(ModelMonitorTest, OnlyFlaggedSectionsAreRebuiltAndSent) {
+    ModelMonitor groups_only;
+    groups_only.set_groups_changed();
+    groups_only.update();
+    EXPECT_EQ(keys_of(groups_only.model_sections()), std::set<QString>{"groups"});
+
+    ModelMonitor sets_and_layers;
+    sets_and_layers.set_exodus_changed();
+    sets_and_layers.set_boundary_layers_changed();
+    sets_and_layers.update();
+    EXPECT_EQ(keys_of(sets_and_layers.model_sections()),
+              (std::set<QString>{"blocks", "sidesets", "nodesets", "boundary_layers"}));
+
+    ModelMonitor bcs;
+    bcs.set_fea_bcs_changed();
+    bcs.set_cfd_bcs_changed();
+    bcs.set_materials_changed();
+    bcs.update();
+    EXPECT_EQ(keys_of(bcs.model_sections()),
+              (std::set<QString>{"fea_bcs", "cfd_bcs", "materials"}));
+}
+
+TEST_F(ModelMonitorTest, ClientsWithoutTheModelKeyGetNothing) {
+    ModelMonitor monitor;
+    monitor.set_full_refresh();
+    monitor.update();
+    MonitorSelection other;
+    other["entity"].insert({0, 0});
+    EXPECT_TRUE(monitor.get_notifications(other).empty());
+    EXPECT_TRUE(monitor.get_notifications({}).empty());
+}
+
+TEST(CfdBcCode, KindNamesMapToBoundaryConditionTypes) {
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("axis"), 11);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("MassFlowInlet"), 18);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("periodicshadow"), 22);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("velocityinlet"), 31);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("wall"), 32);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("cfd_bc"), -1);
+    EXPECT_EQ(ModelMonitor::cfd_bc_code("velocity inlet"), -1);
+}
+
+TEST_F(ModelMonitorTest, VolumesAndBodiesOfASolid) {
+    ASSERT_TRUE(run_command("create box 10"));
+    ModelMonitor monitor;
+    monitor.set_geometry_changed();
+    monitor.update();
+    const QJsonObject model = monitor.model_sections();
+
+    ASSERT_EQ(model.value("volume").toArray().size(), 1) << dump(model);
+    const QJsonObject volume = model.value("volume").toArray()[0].toObject();
+    EXPECT_EQ(keys_of(volume), (std::set<QString>{"name", "id", "visible", "virtual"}));
+    EXPECT_EQ(volume.value("id"), 1);
+    EXPECT_EQ(volume.value("visible"), true);
+    EXPECT_EQ(volume.value("virtual"), false);
+    EXPECT_TRUE(volume.value("name").isString());
+
+    // The faces, edges and corners of a volume are not free: they don't stand at the top.
+    EXPECT_EQ(model.value("surface"), QJsonArray{});
+    EXPECT_EQ(model.value("curve"), QJsonArray{});
+    EXPECT_EQ(model.value("vertex"), QJsonArray{});
+
+    ASSERT_EQ(model.value("bodies").toArray().size(), 1) << dump(model);
+    const QJsonObject body = model.value("bodies").toArray()[0].toObject();
+    EXPECT_EQ(body.value("id"), 1);
+    EXPECT_EQ(body.value("is_sheet_body"), false);
+    EXPECT_EQ(body.value("volumes"), QJsonArray{1});
+    EXPECT_EQ(body.value("visible"), true);
+}
+
+TEST_F(ModelMonitorTest, FreeSurfaceNestsItsCurvesAndTheirVertices) {
+    ASSERT_TRUE(run_command("create surface rectangle width 2 height 1"));
+    ModelMonitor monitor;
+    monitor.set_geometry_changed();
+    monitor.update();
+    const QJsonObject model = monitor.model_sections();
+
+    const QJsonArray surfaces = model.value("surface").toArray();
+    ASSERT_EQ(surfaces.size(), 1) << dump(model);
+    const QJsonArray curves = surfaces[0].toObject().value("curve").toArray();
+    ASSERT_EQ(curves.size(), 4) << dump(model);
+    for (const QJsonValue& curve : curves) {
+        const QJsonArray vertices = curve.toObject().value("vertex").toArray();
+        EXPECT_EQ(vertices.size(), 2) << dump(model);
+        for (const QJsonValue& vertex : vertices)
+            EXPECT_EQ(keys_of(vertex.toObject()),
+                      (std::set<QString>{"name", "id", "visible", "virtual"}));
+    }
+    // A sheet body: every volume it has is a sheet, or it has none.
+    const QJsonArray bodies = model.value("bodies").toArray();
+    ASSERT_EQ(bodies.size(), 1) << dump(model);
+    EXPECT_EQ(bodies[0].toObject().value("is_sheet_body"), true);
+}
+
+TEST_F(ModelMonitorTest, GroupsListTheirMembersWithoutExpandingSubgroups) {
+    ASSERT_TRUE(run_command("create box 1"));
+    ASSERT_TRUE(run_command("create group 'inner'"));
+    ASSERT_TRUE(run_command("group 'inner' add volume 1"));
+    ASSERT_TRUE(run_command("create group 'outer'"));
+    ASSERT_TRUE(run_command("group 'outer' add group 1"));
+    ModelMonitor monitor;
+    monitor.set_groups_changed();
+    monitor.update();
+
+    const QJsonArray groups = monitor.model_sections().value("groups").toArray();
+    ASSERT_EQ(groups.size(), 2) << dump(monitor.model_sections());
+    const QJsonObject inner = groups[0].toObject();
+    const QJsonObject outer = groups[1].toObject();
+    EXPECT_EQ(inner.value("name"), "inner");
+    ASSERT_EQ(inner.value("volume").toArray().size(), 1);
+    EXPECT_EQ(inner.value("volume").toArray()[0].toObject().value("id"), 1);
+    EXPECT_FALSE(inner.contains("surface")) << "empty member lists are left out";
+    EXPECT_FALSE(inner.contains("hex_count")) << "zero counts are left out";
+    ASSERT_EQ(outer.value("group").toArray().size(), 1);
+    EXPECT_EQ(outer.value("group").toArray()[0].toObject().value("id"), inner.value("id"));
+    EXPECT_FALSE(outer.contains("volume")) << "a subgroup's members stay inside the subgroup";
+}
+
+} // namespace
