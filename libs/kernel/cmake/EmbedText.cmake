@@ -1,0 +1,17 @@
+# Writes the text file INPUT as a C++ string constant NAME into OUTPUT, in raw-string pieces of
+# at most 16000 characters (compilers limit the length of one literal).
+file(READ "${INPUT}" text)
+string(LENGTH "${text}" length)
+set(out "// Generated from ${INPUT}; do not edit.\nstatic const char ${NAME}[] =\n")
+set(offset 0)
+while(offset LESS length)
+  string(SUBSTRING "${text}" ${offset} 16000 piece)
+  string(APPEND out "R\"tarvo_embed(${piece})tarvo_embed\"\n")
+  math(EXPR offset "${offset} + 16000")
+endwhile()
+if(length EQUAL 0)
+  string(APPEND out "\"\"\n")
+endif()
+string(APPEND out ";\n")
+file(WRITE "${OUTPUT}.tmp" "${out}")
+file(COPY_FILE "${OUTPUT}.tmp" "${OUTPUT}" ONLY_IF_DIFFERENT)

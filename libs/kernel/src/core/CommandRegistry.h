@@ -1,0 +1,37 @@
+#pragma once
+// Internal side of the command registry: dispatch of a tokenized line to a registered pattern.
+// Threading: kernel thread only.
+
+#include "core/Command.h"
+
+#include <string>
+#include <vector>
+
+namespace tarvo::kernel {
+
+inline constexpr const char* kListPlaceholder = "<list>";
+
+struct RegisteredCommand {
+    std::vector<std::string> words; // lower case; "<list>" for a placeholder
+    CommandSpec spec;
+    bool alias = false; // matched only in full, hidden from the command summary
+};
+
+struct DispatchResult {
+    const RegisteredCommand* command = nullptr; // null: no match (see error_text)
+    size_t position = 0;                        // first token after the pattern
+    std::vector<size_t> list_starts;            // token index of each "<list>" match
+    std::string error_text;
+    bool ambiguous = false;
+};
+
+DispatchResult dispatch(const std::vector<Token>& tokens);
+
+// Index of the word `token` names: exact match first, else unique prefix of >= 3 letters.
+// -1: none; -2: ambiguous.
+int match_word(std::string_view token, const std::vector<std::string_view>& words);
+
+const std::vector<RegisteredCommand>& all_commands();
+void clear_commands();
+
+} // namespace tarvo::kernel

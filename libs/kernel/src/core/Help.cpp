@@ -1,0 +1,114 @@
+#include "core/CommandRegistry.h"
+#include "core/Runner.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace tarvo::kernel {
+
+namespace {
+// The reference page, generated from docs/commands.md at build time.
+#include "CommandReference.inc"
+
+std::vector<std::string> words_of(std::string_view text) {
+    std::vector<std::string> words;
+    std::istringstream in{std::string(text)};
+    std::string word;
+    while (in >> word) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+// Whether the topic's words name the command whose heading words are `heading`: each topic word
+// matches the heading word at its place (full word or prefix of >= 3 letters). A heading that
+// starts with "<list>" is also matched from its second word ("help size" finds "<list> size").
+bool topic_matches(const std::vector<std::string>& topic, const std::vector<std::string>& heading) {
+    for (size_t start = 0; start < 2 && start < heading.size(); ++start) {
+        if (start == 1 && heading[0] != "<list>") {
+            break;
+        }
+        if (topic.size() > heading.size() - start) {
+            continue;
+        }
+        bool all = true;
+        for (size_t i = 0; i < topic.size() && all; ++i) {
+            all = keyword_matches(topic[i], heading[start + i]);
+        }
+        if (all) {
+            return true;
+        }
+    }
+    return false;
+}
+} // namespace
+
+std::string_view command_reference() {
+    return kCommandReference;
+}
+
+std::string help_text(std::string_view topic_text) {
+    const std::vector<std::string> topic = words_of(topic_text);
+    if (topic.empty()) {
+        std::string text = "Commands (help <command> for details):\n";
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const RegisteredCommand& command : all_commands()) {
+            if (command.alias) {
+                continue;
+            }
+            std::string pattern;
+            for (const std::string& word : command.words) {
+                pattern += (pattern.empty() ? "" : " ") + word;
+            }
+            lines.emplace_back(
+                pattern, command.spec.help_summary.empty() ? pattern : command.spec.help_summary);
+        }
+        std::sort(lines.begin(), lines.end());
+        for (const auto& [pattern, summary] : lines) {
+            text += "  " + summary + "\n";
+        }
+        return text;
+    }
+
+    // Sections of the reference: a line "### <command words>" up to the next heading.
+    std::string text;
+    std::istringstream in{std::string(command_reference())};
+    std::string line;
+    bool inside = false;
+    while (std::getline(in, line)) {
+        if (line.starts_with("#")) {
+            inside = false;
+            if (line.starts_with("### ")) {
+                const std::string heading = line.substr(4);
+                if (topic_matches(topic, words_of(heading))) {
+                    inside = true;
+                    if (!text.empty() && !text.ends_with("\n\n")) {
+                        text += "\n";
+                    }
+                    text += heading + "\n";
+                }
+            }
+            continue;
+        }
+        if (inside) {
+            text += line + "\n";
+        }
+    }
+    if (!text.empty()) {
+        while (text.ends_with("\n\n")) {
+            text.pop_back();
+        }
+        return text;
+    }
+    // Commands without a section yet: their one-line summary.
+    for (const RegisteredCommand& command : all_commands()) {
+        if (topic_matches(topic, command.words)) {
+            text += (command.spec.help_summary.empty() ? command.words.front()
+                                                       : command.spec.help_summary) +
+                    "\n";
+        }
+    }
+    return text;
+}
+
+} // namespace tarvo::kernel

@@ -1,0 +1,375 @@
+// The command runner: rejected commands, rollback, undo, history, journal, echo, the session's
+// own commands, and the observer events around every command.
+
+#include "SessionTestSupport.h"
+
+#include <gmsh.h>
+
+#include <fstream>
+#include <sstream>
+
+using session_test::SessionTest;
+
+namespace {
+
+std::string read_file(const std::filesystem::path& path) {
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+class CommandRunnerTest : public SessionTest {};
+
+TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothing) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1 name 'keep'"));
+    TarvoInterface::journal_commands(true);
+    const auto before = model.volumes;
+    const int undo_steps = TarvoInterface::number_undo_commands();
+    const char* bad[] = {
+        "ad volume 3",             // misspelled keyword (and too short to be a prefix)
+        "add volme 3",             // misspelled second word
+        "add volume",              // missing argument
+        "add volume three",        // wrong argument type
+        "add volume 3 name 'open", // unterminated quote
+        "add volume 3 colour red", // trailing garbage
+        "add then fail 3",         // fails halfway
+        "add then throw 3",        // throws halfway
+    };
+    int count = TarvoInterface::get_error_count();
+    for (const char* line : bad) {
+        output->take();
+        observer.events.clear();
+        EXPECT_FALSE(TarvoInterface::cmd(line)) << line;
+        const auto errors = error_lines();
+        ASSERT_EQ(errors.size(), 1u) << line << "\n" << output->all();
+        EXPECT_GT(errors[0].size(), std::string("ERROR: ").size() + 5) << line;
+        EXPECT_EQ(TarvoInterface::get_error_count(), ++count) << line;
+        EXPECT_EQ(model.volumes, before) << line;
+        EXPECT_EQ(TarvoInterface::number_undo_commands(), undo_steps) << line;
+        EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable()) << line;
+        ASSERT_FALSE(observer.events.empty());
+        EXPECT_EQ(observer.events.front(), "command_start") << line;
+        EXPECT_EQ(observer.events.back(), "command_complete") << line;
+        EXPECT_EQ(observer.count("undo_state_changed"), 0u) << line;
+    }
+    // None of them reached the journal.
+    EXPECT_EQ(read_file(TarvoInterface::get_current_journal_file()), "");
+}
+
+TEST_F(CommandRunnerTest, HalfwayFailuresAreRolledBackWithTheirEvents) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    observer.events.clear();
+    EXPECT_FALSE(TarvoInterface::cmd("add then fail 4"));
+    EXPECT_EQ(model.restores, 1);
+    EXPECT_EQ(model.volumes.count(4), 0u);
+    EXPECT_EQ(observer.events,
+              (std::vector<std::string>{"command_start", "volume_deleted 4", "command_complete"}));
+    const auto errors = error_lines();
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0], "ERROR: Could not finish volume 4");
+
+    output->take();
+    EXPECT_FALSE(TarvoInterface::cmd("add then throw 5"));
+    EXPECT_EQ(model.volumes.size(), 1u);
+    ASSERT_EQ(error_lines().size(), 1u);
+    EXPECT_NE(error_lines()[0].find("boom"), std::string::npos);
+}
+
+TEST_F(CommandRunnerTest, SuccessfulCommandEventsAreBracketedByStartAndComplete) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    EXPECT_EQ(observer.events,
+              (std::vector<std::string>{"command_start", "volume_created 1", "undo_state_changed",
+                                        "command_complete"}));
+    EXPECT_EQ(output->take().front().text, "Created volume 1");
+    // A second observer sees the same, in the same order; an unregistered one sees nothing.
+    session_test::RecordingObserver second;
+    second.register_observer();
+    observer.unregister_observer();
+    observer.events.clear();
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
+    EXPECT_TRUE(observer.events.empty());
+    EXPECT_EQ(second.events.front(), "command_start");
+    EXPECT_EQ(second.events.back(), "command_complete");
+    second.unregister_observer();
+    observer.register_observer();
+}
+
+TEST_F(CommandRunnerTest, UndoTakesBackTheLastUndoableCommand) {
+    EXPECT_TRUE(TarvoInterface::get_undo_enabled());
+    EXPECT_FALSE(TarvoInterface::is_modified());
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
+    EXPECT_TRUE(TarvoInterface::was_last_cmd_undoable());
+    EXPECT_TRUE(TarvoInterface::is_modified());
+    EXPECT_EQ(TarvoInterface::number_undo_commands(), 2);
+    observer.events.clear();
+
+    ASSERT_TRUE(TarvoInterface::cmd("undo"));
+    EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable());
+    EXPECT_EQ(model.volumes.count(2), 0u);
+    EXPECT_EQ(model.volumes.count(1), 1u);
+    EXPECT_EQ(TarvoInterface::number_undo_commands(), 1);
+    EXPECT_EQ(observer.events,
+              (std::vector<std::string>{"command_start", "volume_deleted 2", "undo_complete",
+                                        "undo_state_changed", "command_complete"}));
+    ASSERT_TRUE(TarvoInterface::cmd("undo"));
+    EXPECT_TRUE(model.volumes.empty());
+    output->take();
+    EXPECT_FALSE(TarvoInterface::cmd("undo"));
+    EXPECT_EQ(error_lines(), (std::vector<std::string>{"ERROR: Nothing to undo"}));
+    EXPECT_FALSE(TarvoInterface::is_performing_undo());
+}
+
+TEST_F(CommandRunnerTest, UndoOffForgetsStepsAndRefusesToUndo) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    observer.events.clear();
+    ASSERT_TRUE(TarvoInterface::cmd("undo off"));
+    EXPECT_FALSE(TarvoInterface::get_undo_enabled());
+    EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
+    EXPECT_EQ(observer.count("undo_state_changed"), 1u);
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
+    EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
+    // Failures still roll back with undo off.
+    EXPECT_FALSE(TarvoInterface::cmd("add then fail 3"));
+    EXPECT_EQ(model.volumes.size(), 2u);
+    EXPECT_FALSE(TarvoInterface::cmd("undo"));
+    EXPECT_EQ(model.volumes.size(), 2u);
+    ASSERT_TRUE(TarvoInterface::cmd("UNDO ON"));
+    EXPECT_TRUE(TarvoInterface::get_undo_enabled());
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 3"));
+    ASSERT_TRUE(TarvoInterface::cmd("undo"));
+    EXPECT_EQ(model.volumes.size(), 2u);
+}
+
+TEST_F(CommandRunnerTest, ModifiedAndUndoSaveFlags) {
+    EXPECT_FALSE(TarvoInterface::is_undo_save_needed());
+    ASSERT_TRUE(TarvoInterface::cmd("echo on")); // not a model change
+    EXPECT_FALSE(TarvoInterface::is_modified());
+    EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable());
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    EXPECT_TRUE(TarvoInterface::is_undo_save_needed());
+    TarvoInterface::set_undo_saved();
+    EXPECT_FALSE(TarvoInterface::is_undo_save_needed());
+    ASSERT_TRUE(TarvoInterface::cmd("reset"));
+    EXPECT_FALSE(TarvoInterface::is_modified());
+    TarvoInterface::set_modified();
+    EXPECT_TRUE(TarvoInterface::is_modified());
+}
+
+TEST_F(CommandRunnerTest, ResetClearsTheModelThenReportsModelReset) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
+    observer.events.clear();
+    ASSERT_TRUE(TarvoInterface::cmd("reset"));
+    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
+    EXPECT_EQ(observer.events,
+              (std::vector<std::string>{"command_start", "volume_deleted 1", "volume_deleted 2",
+                                        "model_reset", "undo_state_changed", "command_complete"}));
+    EXPECT_FALSE(TarvoInterface::cmd("reset now"));
+}
+
+TEST_F(CommandRunnerTest, HistoryKeepsEveryLineAndNavigates) {
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    EXPECT_FALSE(TarvoInterface::cmd("  bogus command  "));
+    ASSERT_TRUE(TarvoInterface::silent_cmd("add volume 2")); // silent lines stay out
+    ASSERT_TRUE(TarvoInterface::tarvo_or_python_cmd("echo off"));
+    EXPECT_EQ(TarvoInterface::get_command_from_history(1), "add volume 1");
+    EXPECT_EQ(TarvoInterface::get_command_from_history(2), "bogus command");
+    EXPECT_EQ(TarvoInterface::get_command_from_history(3), "echo off");
+    EXPECT_EQ(TarvoInterface::get_command_from_history(4), "");
+    EXPECT_EQ(TarvoInterface::get_command_from_history(0), "");
+
+    EXPECT_EQ(TarvoInterface::get_next_command_from_history(), ""); // already at the end
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(), "echo off");
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(), "bogus command");
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(), "add volume 1");
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(),
+              "add volume 1"); // stops at the first
+    EXPECT_EQ(TarvoInterface::get_next_command_from_history(), "bogus command");
+    EXPECT_EQ(TarvoInterface::get_next_command_from_history(), "echo off");
+    EXPECT_EQ(TarvoInterface::get_next_command_from_history(), "");
+    // A new command puts the navigation back at the end.
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(), "echo off");
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 3"));
+    EXPECT_EQ(TarvoInterface::get_previous_command_from_history(), "add volume 3");
+}
+
+TEST_F(CommandRunnerTest, JournalRecordsSuccessfulLinesAsTyped) {
+    EXPECT_FALSE(TarvoInterface::is_command_journaled());
+    EXPECT_EQ(TarvoInterface::get_current_journal_file(), "");
+    ASSERT_TRUE(TarvoInterface::cmd("journal on"));
+    EXPECT_TRUE(TarvoInterface::is_command_journaled());
+    const std::filesystem::path first = TarvoInterface::get_current_journal_file();
+    EXPECT_EQ(first, scratch / "tarvo01.jou");
+
+    ASSERT_TRUE(TarvoInterface::cmd("#{n = 4}"));
+    ASSERT_TRUE(TarvoInterface::cmd("add volume #{n}   # the first one"));
+    EXPECT_FALSE(TarvoInterface::cmd("add volume"));
+    ASSERT_TRUE(TarvoInterface::silent_cmd("add volume 9"));
+    ASSERT_TRUE(TarvoInterface::cmd("help undo"));
+    ASSERT_TRUE(TarvoInterface::cmd("journal off"));
+    EXPECT_FALSE(TarvoInterface::is_command_journaled());
+    EXPECT_EQ(TarvoInterface::get_current_journal_file(), "");
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 5")); // after journal off
+    EXPECT_EQ(read_file(first), "#{n = 4}\nadd volume #{n}   # the first one\n");
+
+    // The next journal gets the next free name; an explicit name is used as given.
+    TarvoInterface::journal_commands(true);
+    EXPECT_EQ(std::filesystem::path(TarvoInterface::get_current_journal_file()),
+              scratch / "tarvo02.jou");
+    ASSERT_TRUE(TarvoInterface::cmd("journal on 'mine.jou'"));
+    EXPECT_EQ(std::filesystem::path(TarvoInterface::get_current_journal_file()),
+              scratch / "mine.jou");
+    ASSERT_TRUE(TarvoInterface::cmd("undo"));
+    TarvoInterface::journal_commands(false);
+    EXPECT_EQ(read_file(scratch / "mine.jou"), "undo\n");
+}
+
+TEST_F(CommandRunnerTest, EchoAndSilence) {
+    EXPECT_FALSE(TarvoInterface::is_command_echoed());
+    ASSERT_TRUE(TarvoInterface::cmd("echo on"));
+    EXPECT_TRUE(TarvoInterface::is_command_echoed());
+    output->take();
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
+    auto lines = output->take();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].text, "add volume 1");
+    EXPECT_EQ(lines[1].text, "Created volume 1");
+
+    ASSERT_TRUE(TarvoInterface::silent_cmd("add volume 2"));
+    EXPECT_TRUE(output->take().empty());
+    EXPECT_EQ(model.volumes.count(2), 1u);
+    EXPECT_FALSE(TarvoInterface::silent_cmd("add volume"));
+    lines = output->take();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_TRUE(lines[0].is_error);
+    EXPECT_TRUE(lines[0].text.starts_with("ERROR: "));
+
+    ASSERT_TRUE(TarvoInterface::cmd("echo off"));
+    output->take();
+    ASSERT_TRUE(TarvoInterface::cmd("add volume 3"));
+    EXPECT_EQ(output->take().size(), 1u);
+}
+
+TEST_F(CommandRunnerTest, WorkingDirectoryAndDeveloperSwitch) {
+    std::filesystem::create_directory(scratch / "sub dir");
+    EXPECT_FALSE(TarvoInterface::is_working_dir_set());
+    ASSERT_TRUE(TarvoInterface::cmd("cd 'sub dir'"));
+    EXPECT_EQ(std::filesystem::current_path(), scratch / "sub dir");
+    EXPECT_TRUE(TarvoInterface::is_working_dir_set());
+    EXPECT_EQ(observer.count("working_directory_changed"), 1u);
+    EXPECT_FALSE(TarvoInterface::cmd("cd 'no such dir'"));
+    EXPECT_EQ(std::filesystem::current_path(), scratch / "sub dir");
+    EXPECT_EQ(observer.count("working_directory_changed"), 1u);
+
+    EXPECT_FALSE(TarvoInterface::developer_commands_are_enabled());
+    ASSERT_TRUE(TarvoInterface::cmd("set developer commands on"));
+    EXPECT_TRUE(TarvoInterface::developer_commands_are_enabled());
+    ASSERT_TRUE(TarvoInterface::cmd("set dev comm off"));
+    EXPECT_FALSE(TarvoInterface::developer_commands_are_enabled());
+    EXPECT_EQ(observer.count("developer_command_toggled 1"), 1u);
+    EXPECT_EQ(observer.count("developer_command_toggled 0"), 1u);
+    EXPECT_FALSE(TarvoInterface::cmd("set developer commands maybe"));
+    EXPECT_EQ(error_lines().size(), 2u);
+
+    ASSERT_TRUE(TarvoInterface::cmd("set digits 10"));
+    EXPECT_DOUBLE_EQ(TarvoInterface::get_tarvo_digits_setting(), 10);
+}
+
+TEST_F(CommandRunnerTest, HelpPrintsTheReferenceAndTheCommandSummary) {
+    ASSERT_TRUE(TarvoInterface::cmd("help"));
+    const std::string summary = output->all();
+    EXPECT_NE(summary.find("add volume <id> [name '<name>']"), std::string::npos);
+    EXPECT_NE(summary.find("playback '<file>'"), std::string::npos);
+    output->take();
+    ASSERT_TRUE(TarvoInterface::cmd("help playb"));
+    const std::string playback = output->all();
+    EXPECT_TRUE(playback.starts_with("playback"));
+    EXPECT_NE(playback.find("interrupt"), std::string::npos);
+    EXPECT_EQ(playback.find("### "), std::string::npos);
+    output->take();
+    // A command without a reference section shows its summary line.
+    TarvoInterface::print_raw_help("add then fail", 0, 0);
+    EXPECT_EQ(output->all(), "add then fail <id>\n");
+    EXPECT_FALSE(TarvoInterface::cmd("help no such thing"));
+    EXPECT_EQ(error_lines().size(), 1u);
+}
+
+TEST_F(CommandRunnerTest, GmshWarningsReachTheMessageChannelAfterTheCommand) {
+    ASSERT_TRUE(tarvo::kernel::register_command({"probe gmsh warning",
+                                                 [](tarvo::kernel::Cursor&) {
+                                                     gmsh::logger::write("mesh size too small",
+                                                                         "warning");
+                                                     gmsh::logger::write("just chatting", "info");
+                                                     tarvo::kernel::print("Probed");
+                                                     return true;
+                                                 },
+                                                 false, ""}));
+    ASSERT_TRUE(TarvoInterface::cmd("probe gmsh warning"));
+    const auto lines = output->take();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].text, "Probed");
+    EXPECT_EQ(lines[1].text, "WARNING: Gmsh: mesh size too small");
+    EXPECT_FALSE(lines[1].is_error);
+    // Drained: the next command does not repeat it.
+    ASSERT_TRUE(TarvoInterface::cmd("echo off"));
+    EXPECT_EQ(output->take().size(), 1u);
+    EXPECT_EQ(TarvoInterface::get_error_count(), 0);
+}
+
+TEST_F(CommandRunnerTest, VersionsAndFixedAnswers) {
+    EXPECT_EQ(TarvoInterface::get_version(), "0.1.0");
+    EXPECT_EQ(TarvoInterface::get_exodus_version(), "6.02");
+    EXPECT_EQ(TarvoInterface::get_meshgems_version(), "");
+    const std::string date = TarvoInterface::get_revision_date();
+    ASSERT_EQ(date.size(), 10u);
+    EXPECT_EQ(date[4], '-');
+    EXPECT_EQ(date[7], '-');
+    EXPECT_GE(std::stoi(date.substr(0, 4)), 2024);
+}
+
+TEST_F(CommandRunnerTest, FilenameCompletion) {
+    std::ofstream(scratch / "bracket_v1.step").put('x');
+    std::ofstream(scratch / "bracket_v2.step").put('x');
+    std::ofstream(scratch / "bolt.step").put('x');
+    std::string line = "import step 'bo";
+    int added = 0;
+    bool quote = false;
+    TarvoInterface::complete_filename(line, added, quote);
+    EXPECT_TRUE(quote);
+    EXPECT_EQ(line, "import step 'bolt.step'");
+    EXPECT_EQ(added, 8);
+    line = "import step \"bra";
+    TarvoInterface::complete_filename(line, added, quote);
+    EXPECT_EQ(line, "import step \"bracket_v");
+    EXPECT_EQ(added, 6);
+    line = "";
+    TarvoInterface::complete_filename(line, added, quote);
+    EXPECT_FALSE(quote);
+    EXPECT_EQ(added, 0);
+    EXPECT_EQ(line, "");
+}
+
+TEST(SessionLifecycle, CommandsNeedASessionAndInitIsRepeatable) {
+    auto output = std::make_shared<session_test::CapturingHandler>();
+    TarvoMessage::instance()->set_message_handler(output);
+    ASSERT_FALSE(TarvoInterface::is_initialized());
+    EXPECT_FALSE(TarvoInterface::cmd("help"));
+    EXPECT_EQ(output->errors_starting("ERROR: ").size(), 1u);
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "-noecho", "-driver", "offscreen"}));
+        EXPECT_TRUE(TarvoInterface::is_initialized());
+        EXPECT_EQ(TarvoInterface::get_error_count(), 0); // a fresh session counts afresh
+        EXPECT_FALSE(TarvoInterface::is_command_echoed());
+        EXPECT_TRUE(TarvoInterface::cmd("#{x = 1}"));
+        EXPECT_FALSE(TarvoInterface::cmd("bogus"));
+        EXPECT_EQ(TarvoInterface::get_error_count(), 1);
+        EXPECT_EQ(TarvoInterface::destroy(), 0);
+        EXPECT_FALSE(TarvoInterface::is_initialized());
+    }
+    TarvoMessage::instance()->set_message_handler({});
+}
+
+} // namespace

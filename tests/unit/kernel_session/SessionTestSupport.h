@@ -1,0 +1,293 @@
+#pragma once
+// Shared fixture of the session tests: a live kernel session with captured output, a recording
+// observer, a small fake model (entity catalog + undo participant) and a scratch working
+// directory.
+
+#include "core/Command.h"
+#include "core/EntityCatalog.h"
+#include "core/Session.h"
+#include "core/SessionState.h"
+#include "core/Undo.h"
+#include "tarvo/TarvoInterface.h"
+#include "tarvo_util/TarvoFileUtil.h"
+#include "tarvo_util/TarvoMessage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace session_test {
+
+// Collects printed text, split into whole lines, with the channel it came on.
+class CapturingHandler : public TarvoMessageHandler {
+public:
+    struct Line {
+        bool is_error;
+        std::string text;
+    };
+    void print_message(const char* text) override { add(false, text); }
+    void print_error(const char* text) override { add(true, text); }
+
+    std::vector<Line> take() {
+        std::lock_guard lock(mutex);
+        return std::exchange(lines, {});
+    }
+    std::vector<std::string> errors_starting(const std::string& prefix) {
+        std::vector<std::string> found;
+        std::lock_guard lock(mutex);
+        for (const Line& line : lines) {
+            if (line.text.starts_with(prefix)) {
+                found.push_back(line.text);
+            }
+        }
+        return found;
+    }
+    std::string all() {
+        std::lock_guard lock(mutex);
+        std::string text;
+        for (const Line& line : lines) {
+            text += line.text + "\n";
+        }
+        return text;
+    }
+
+private:
+    void add(bool is_error, const std::string& text) {
+        std::lock_guard lock(mutex);
+        // Each call is one or more whole lines.
+        size_t start = 0;
+        while (start < text.size()) {
+            size_t end = text.find('\n', start);
+            if (end == std::string::npos) {
+                end = text.size();
+            }
+            lines.push_back({is_error, text.substr(start, end - start)});
+            start = end + 1;
+        }
+    }
+    std::mutex mutex;
+    std::vector<Line> lines;
+};
+
+// Records event names in order.
+class RecordingObserver : public TarvoInterface::TIObserve {
+public:
+    std::vector<std::string> events;
+    void notify_command_start() override { events.push_back("command_start"); }
+    void notify_command_complete() override { events.push_back("command_complete"); }
+    void notify_valfold_modified() override { events.push_back("valfold_modified"); }
+    void notify_undo_state_changed() override { events.push_back("undo_state_changed"); }
+    void notify_undo_complete() override { events.push_back("undo_complete"); }
+    void notify_model_reset() override { events.push_back("model_reset"); }
+    void notify_volume_created(int id) override {
+        events.push_back("volume_created " + std::to_string(id));
+    }
+    void notify_volume_deleted(int id) override {
+        events.push_back("volume_deleted " + std::to_string(id));
+    }
+    void notify_working_directory_changed() override {
+        events.push_back("working_directory_changed");
+    }
+    void notify_developer_command_toggled(bool on) override {
+        events.push_back(std::string("developer_command_toggled ") + (on ? "1" : "0"));
+    }
+    size_t count(const std::string& name) const {
+        return static_cast<size_t>(std::count(events.begin(), events.end(), name));
+    }
+};
+
+// A tiny model: volumes, each bounded by surfaces, with names; snapshots copy it whole.
+class FakeModel : public tarvo::kernel::EntityCatalog, public tarvo::kernel::UndoParticipant {
+public:
+    std::map<int, std::string> volumes;              // id -> name
+    std::map<int, std::vector<int>> volume_surfaces; // volume -> its surfaces
+    std::set<int> surfaces;
+    int restores = 0;
+
+    void add_volume(int id, const std::string& name, std::vector<int> faces) {
+        volumes[id] = name;
+        volume_surfaces[id] = faces;
+        surfaces.insert(faces.begin(), faces.end());
+    }
+
+    bool handles(std::string_view type) const override {
+        return type == "volume" || type == "surface";
+    }
+    std::vector<int> all_ids(std::string_view type) const override {
+        std::vector<int> ids;
+        if (type == "volume") {
+            for (const auto& [id, name] : volumes) {
+                ids.push_back(id);
+            }
+        } else if (type == "surface") {
+            ids.assign(surfaces.begin(), surfaces.end());
+        }
+        return ids;
+    }
+    bool exists(std::string_view type, int id) const override {
+        return type == "volume" ? volumes.count(id) > 0
+                                : type == "surface" && surfaces.count(id) > 0;
+    }
+    std::vector<int> relatives(std::string_view source, int id,
+                               std::string_view target) const override {
+        std::set<int> found;
+        if (source == "volume" && target == "surface" && volume_surfaces.count(id)) {
+            const auto& faces = volume_surfaces.at(id);
+            found.insert(faces.begin(), faces.end());
+        }
+        if (source == "surface" && target == "volume") {
+            for (const auto& [volume, faces] : volume_surfaces) {
+                if (std::find(faces.begin(), faces.end(), id) != faces.end()) {
+                    found.insert(volume);
+                }
+            }
+        }
+        return {found.begin(), found.end()};
+    }
+    std::string name_of(std::string_view type, int id) const override {
+        return type == "volume" && volumes.count(id) ? volumes.at(id) : std::string();
+    }
+
+    struct Snapshot : tarvo::kernel::UndoSnapshot {
+        std::map<int, std::string> volumes;
+        std::map<int, std::vector<int>> volume_surfaces;
+        std::set<int> surfaces;
+    };
+    std::string participant_name() const override { return "fake"; }
+    std::unique_ptr<tarvo::kernel::UndoSnapshot> save_state() override {
+        auto snapshot = std::make_unique<Snapshot>();
+        snapshot->volumes = volumes;
+        snapshot->volume_surfaces = volume_surfaces;
+        snapshot->surfaces = surfaces;
+        return snapshot;
+    }
+    void restore_state(const tarvo::kernel::UndoSnapshot& base) override {
+        const auto& snapshot = static_cast<const Snapshot&>(base);
+        for (const auto& [id, name] : volumes) {
+            if (!snapshot.volumes.count(id)) {
+                tarvo::kernel::events().volume_deleted(id);
+            }
+        }
+        for (const auto& [id, name] : snapshot.volumes) {
+            if (!volumes.count(id)) {
+                tarvo::kernel::events().volume_created(id);
+            }
+        }
+        volumes = snapshot.volumes;
+        volume_surfaces = snapshot.volume_surfaces;
+        surfaces = snapshot.surfaces;
+        ++restores;
+    }
+    void clear_state() override {
+        for (const auto& [id, name] : volumes) {
+            tarvo::kernel::events().volume_deleted(id);
+        }
+        volumes.clear();
+        volume_surfaces.clear();
+        surfaces.clear();
+    }
+};
+
+// A live session per test, in a scratch directory.
+class SessionTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        original_dir = std::filesystem::current_path();
+        scratch = std::filesystem::temp_directory_path() /
+                  ("tarvo_session_" + std::to_string(::getpid()) + "_" +
+                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::remove_all(scratch);
+        std::filesystem::create_directories(scratch);
+        std::filesystem::current_path(scratch);
+        TarvoMessage::instance()->set_message_handler(output);
+        ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "-driver", "offscreen"}));
+        observer.register_observer();
+        use_fake_model();
+        // Quiet by default: tests turn echo on where they look at it.
+        TarvoInterface::silent_cmd("echo off");
+        output->take();
+        observer.events.clear();
+    }
+
+    void TearDown() override {
+        observer.unregister_observer();
+        TarvoInterface::destroy();
+        TarvoMessage::instance()->set_message_handler({});
+        std::filesystem::current_path(original_dir);
+        std::filesystem::remove_all(scratch);
+    }
+
+    // The fake model stands alone: the kernel's own modules keep their commands, but neither
+    // their catalogs nor their snapshots take part.
+    void use_fake_model() {
+        tarvo::kernel::set_entity_catalog(&model);
+        tarvo::kernel::state().participants.clear();
+        tarvo::kernel::add_undo_participant(&model);
+        register_model_commands();
+    }
+
+    // Commands on the fake model:
+    //   "add volume <id> [name '<n>']"  undoable: adds a volume with surfaces 10*id+1, 10*id+2
+    //   "add then fail <id>"            undoable: adds a volume, then fails (a halfway failure)
+    //   "add then throw <id>"           undoable: adds a volume, then throws
+    void register_model_commands() {
+        using tarvo::kernel::Cursor;
+        tarvo::kernel::register_command({"add volume",
+                                         [this](Cursor& c) {
+                                             int id = 0;
+                                             if (!c.integer(id)) {
+                                                 return false;
+                                             }
+                                             std::string name;
+                                             if (c.keyword("name") && !c.string(name)) {
+                                                 return false;
+                                             }
+                                             if (!c.expect_end()) {
+                                                 return false;
+                                             }
+                                             model.add_volume(id, name, {10 * id + 1, 10 * id + 2});
+                                             tarvo::kernel::events().volume_created(id);
+                                             tarvo::kernel::print("Created volume " +
+                                                                  std::to_string(id));
+                                             return true;
+                                         },
+                                         true, "add volume <id> [name '<name>']"});
+        tarvo::kernel::register_command({"add then fail",
+                                         [this](Cursor& c) {
+                                             int id = 0;
+                                             if (!c.integer(id)) {
+                                                 return false;
+                                             }
+                                             model.add_volume(id, "", {});
+                                             return c.fail("Could not finish volume " +
+                                                           std::to_string(id));
+                                         },
+                                         true, "add then fail <id>"});
+        tarvo::kernel::register_command({"add then throw",
+                                         [this](Cursor& c) -> bool {
+                                             int id = 0;
+                                             if (!c.integer(id)) {
+                                                 return false;
+                                             }
+                                             model.add_volume(id, "", {});
+                                             throw std::runtime_error("boom");
+                                         },
+                                         true, "add then throw <id>"});
+    }
+
+    std::vector<std::string> error_lines() { return output->errors_starting("ERROR: "); }
+
+    std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
+    RecordingObserver observer;
+    FakeModel model;
+    std::filesystem::path original_dir;
+    std::filesystem::path scratch;
+};
+
+} // namespace session_test

@@ -1,0 +1,149 @@
+// Variables and expressions: evaluation, substitution into commands, definitions, errors, and
+// the public valfold queries.
+
+#include "SessionTestSupport.h"
+
+#include "core/Valfold.h"
+
+#include <cmath>
+#include <numbers>
+
+using namespace tarvo::kernel;
+using session_test::SessionTest;
+
+namespace {
+
+double eval(Valfold& valfold, std::string_view text) {
+    ValfoldValue value;
+    bool defined = false;
+    std::string error_text;
+    EXPECT_TRUE(valfold.evaluate(text, value, defined, error_text)) << text << ": " << error_text;
+    EXPECT_FALSE(value.is_string) << text;
+    return value.number;
+}
+
+std::string eval_error(Valfold& valfold, std::string_view text) {
+    ValfoldValue value;
+    bool defined = false;
+    std::string error_text;
+    EXPECT_FALSE(valfold.evaluate(text, value, defined, error_text)) << text;
+    return error_text;
+}
+
+TEST(Valfold, ArithmeticPrecedenceAndAssociativity) {
+    Valfold v;
+    EXPECT_DOUBLE_EQ(eval(v, "1 + 2 * 3"), 7);
+    EXPECT_DOUBLE_EQ(eval(v, "(1 + 2) * 3"), 9);
+    EXPECT_DOUBLE_EQ(eval(v, "10 - 4 - 3"), 3);
+    EXPECT_DOUBLE_EQ(eval(v, "8 / 4 / 2"), 1);
+    EXPECT_DOUBLE_EQ(eval(v, "2 ^ 3 ^ 2"), 512); // right-associative
+    EXPECT_DOUBLE_EQ(eval(v, "-2 ^ 2"), 4);      // unary minus binds tighter
+    EXPECT_DOUBLE_EQ(eval(v, "2 * -3"), -6);
+    EXPECT_DOUBLE_EQ(eval(v, "1.5e2 + .5"), 150.5);
+}
+
+TEST(Valfold, FunctionsAndConstants) {
+    Valfold v;
+    EXPECT_DOUBLE_EQ(eval(v, "sqrt(16) + abs(-2)"), 6);
+    EXPECT_NEAR(eval(v, "sin(pi / 2)"), 1, 1e-15);
+    EXPECT_NEAR(eval(v, "cos(PI)"), -1, 1e-15);
+    EXPECT_NEAR(eval(v, "tan(pi / 4)"), 1, 1e-15);
+    EXPECT_NEAR(eval(v, "sind(30)"), 0.5, 1e-15);
+    EXPECT_DOUBLE_EQ(eval(v, "max(2, min(7, 5))"), 5);
+    EXPECT_DOUBLE_EQ(eval(v, "atan2(1, 1) * 4"), std::numbers::pi);
+}
+
+TEST(Valfold, VariablesAndStrings) {
+    Valfold v;
+    ValfoldValue value;
+    bool defined = false;
+    std::string error_text;
+    ASSERT_TRUE(v.evaluate("r = 2.5", value, defined, error_text));
+    EXPECT_TRUE(defined);
+    EXPECT_DOUBLE_EQ(eval(v, "2 * r + 1"), 6);
+    ASSERT_TRUE(v.evaluate("name = \"bolt\" + '_' + r", value, defined, error_text));
+    EXPECT_TRUE(value.is_string);
+    EXPECT_EQ(value.text, "bolt_2.5");
+    ASSERT_TRUE(v.evaluate("r = r * 2", value, defined, error_text));
+    EXPECT_DOUBLE_EQ(eval(v, "r"), 5);
+    EXPECT_EQ(v.names(), (std::vector<std::string>{"name", "r"}));
+}
+
+TEST(Valfold, ErrorsNameTheProblemAndChangeNothing) {
+    Valfold v;
+    EXPECT_NE(eval_error(v, "1 / 0").find("division by zero"), std::string::npos);
+    EXPECT_NE(eval_error(v, "q + 1").find("undefined variable 'q'"), std::string::npos);
+    EXPECT_NE(eval_error(v, "(1 + 2").find("missing ')'"), std::string::npos);
+    EXPECT_NE(eval_error(v, "1 +").find("ends too early"), std::string::npos);
+    EXPECT_NE(eval_error(v, "foo(1)").find("unknown function"), std::string::npos);
+    EXPECT_NE(eval_error(v, "'a' * 2").find("needs numbers"), std::string::npos);
+    EXPECT_NE(eval_error(v, "sqrt(-1)").find("not a finite number"), std::string::npos);
+    EXPECT_NE(eval_error(v, "pi = 3").find("constant"), std::string::npos);
+    EXPECT_NE(eval_error(v, "x = 1 2").find("unexpected"), std::string::npos);
+    EXPECT_TRUE(v.names().empty());
+}
+
+TEST(Valfold, SubstitutionKeepsCommentsAndCommitsOnlyWholeLines) {
+    Valfold v;
+    std::string out;
+    bool defined = false;
+    std::string error_text;
+    ASSERT_TRUE(v.substitute("#{w = 4}create box #{w} #{w/2} 1 # then #{nothing}", out, defined,
+                             error_text));
+    EXPECT_TRUE(defined);
+    EXPECT_EQ(out, "create box 4 2 1 ");
+    ASSERT_TRUE(v.substitute("import step '#{\"part\" + w}.step'", out, defined, error_text));
+    EXPECT_FALSE(defined);
+    EXPECT_EQ(out, "import step 'part4.step'");
+    // The second expression fails: the first definition of the line does not take effect.
+    EXPECT_FALSE(v.substitute("#{a = 1} #{a + b}", out, defined, error_text));
+    ValfoldValue value;
+    EXPECT_FALSE(v.get("a", value));
+    EXPECT_FALSE(v.substitute("#{w + 1", out, defined, error_text));
+    EXPECT_NE(error_text.find("missing '}'"), std::string::npos);
+    EXPECT_EQ(format_number(0.1), "0.1");
+    EXPECT_EQ(format_number(3), "3");
+    EXPECT_EQ(format_number(-0.0), "0");
+}
+
+class ValfoldCommandTest : public SessionTest {};
+
+TEST_F(ValfoldCommandTest, DefinitionsSubstituteIntoCommandsAndAreQueryable) {
+    EXPECT_TRUE(TarvoInterface::cmd("#{id = 3} #{label = \"bolt\"}"));
+    EXPECT_EQ(observer.count("valfold_modified"), 1u);
+    EXPECT_TRUE(TarvoInterface::cmd("add volume #{id * 2 + 1} name '#{label}_#{id}'"));
+    EXPECT_EQ(model.volumes.count(7), 1u);
+    EXPECT_EQ(model.volumes[7], "bolt_3");
+    EXPECT_EQ(observer.count("valfold_modified"), 1u); // use alone changes nothing
+
+    EXPECT_EQ(TarvoInterface::get_valfold_vars(), (std::vector<std::string>{"id", "label"}));
+    EXPECT_EQ(TarvoInterface::get_valfold_value_as_string("id"), "3");
+    EXPECT_EQ(TarvoInterface::get_valfold_value_as_string("label"), "bolt");
+    EXPECT_DOUBLE_EQ(TarvoInterface::get_valfold_numeric_value("id"), 3);
+    EXPECT_DOUBLE_EQ(TarvoInterface::get_valfold_numeric_value("label"), 0);
+
+    int type = -1;
+    double number = -1;
+    std::string text = "untouched";
+    EXPECT_TRUE(TarvoInterface::get_valfold_value("id", type, number, text));
+    EXPECT_EQ(type, 0);
+    EXPECT_DOUBLE_EQ(number, 3);
+    EXPECT_TRUE(TarvoInterface::get_valfold_value("label", type, number, text));
+    EXPECT_EQ(type, 1);
+    EXPECT_EQ(text, "bolt");
+    type = 7;
+    EXPECT_FALSE(TarvoInterface::get_valfold_value("missing", type, number, text));
+    EXPECT_EQ(type, 7);
+    EXPECT_EQ(TarvoInterface::get_valfold_value_as_string("missing"), "");
+}
+
+TEST_F(ValfoldCommandTest, BadExpressionRejectsTheWholeCommand) {
+    EXPECT_FALSE(TarvoInterface::cmd("add volume #{undefined_var}"));
+    EXPECT_TRUE(model.volumes.empty());
+    const auto lines = error_lines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("undefined variable 'undefined_var'"), std::string::npos);
+    EXPECT_EQ(TarvoInterface::get_error_count(), 1);
+}
+
+} // namespace

@@ -1,0 +1,192 @@
+#pragma once
+// Fixture of the view tests: a live kernel session per test with captured output, an observer
+// that records the view events (and the geometry deletions around them) as text, and a snapshot
+// of every view setting so that a refused command can be shown to change nothing.
+
+#include "tarvo/TarvoInterface.h"
+#include "tarvo_util/TarvoMessage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace view_test {
+
+class CapturingHandler : public TarvoMessageHandler {
+public:
+    void print_message(const char* text) override { add(false, text); }
+    void print_error(const char* text) override { add(true, text); }
+
+    void clear() {
+        std::lock_guard lock(mutex);
+        lines.clear();
+    }
+    std::vector<std::string> starting(const std::string& prefix) {
+        std::lock_guard lock(mutex);
+        std::vector<std::string> out;
+        for (const std::string& l : lines) {
+            if (l.starts_with(prefix)) {
+                out.push_back(l);
+            }
+        }
+        return out;
+    }
+    std::string all() {
+        std::lock_guard lock(mutex);
+        std::string text;
+        for (const std::string& l : lines) {
+            text += l + "\n";
+        }
+        return text;
+    }
+    bool has_line(const std::string& line) {
+        std::lock_guard lock(mutex);
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+
+private:
+    void add(bool, const std::string& text) {
+        std::lock_guard lock(mutex);
+        size_t start = 0;
+        while (start < text.size()) {
+            size_t end = text.find('\n', start);
+            if (end == std::string::npos) {
+                end = text.size();
+            }
+            lines.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+    }
+    std::mutex mutex;
+    std::vector<std::string> lines;
+};
+
+// "highlighted volume 1, surface 3", "graphics_mode_modified", "volume_deleted 2", ...
+class ViewObserver : public TarvoInterface::TIObserve {
+public:
+    std::vector<std::string> events;
+
+    void notify_highlighted(const std::vector<std::pair<std::string, int>>& e) override {
+        events.push_back("highlighted " + pairs(e));
+    }
+    void notify_unhighlighted(const std::vector<std::pair<std::string, int>>& e) override {
+        events.push_back("unhighlighted " + pairs(e));
+    }
+    void notify_graphics_mode_modified() override { events.push_back("graphics_mode_modified"); }
+    void notify_graphics_pick_type_modified() override {
+        events.push_back("graphics_pick_type_modified");
+    }
+    void notify_volume_deleted(int id) override {
+        events.push_back("volume_deleted " + std::to_string(id));
+    }
+    void notify_id_changed(const std::string& type, int old_id, int new_id) override {
+        events.push_back("id_changed " + type + " " + std::to_string(old_id) + " " +
+                         std::to_string(new_id));
+    }
+    void notify_model_reset() override { events.push_back("model_reset"); }
+
+    // The view events alone (what a refused command must not produce).
+    std::vector<std::string> view_events() const {
+        std::vector<std::string> out;
+        for (const std::string& e : events) {
+            if (e.starts_with("highlighted") || e.starts_with("unhighlighted") ||
+                e.starts_with("graphics_")) {
+                out.push_back(e);
+            }
+        }
+        return out;
+    }
+
+private:
+    static std::string pairs(const std::vector<std::pair<std::string, int>>& e) {
+        std::string text;
+        for (const auto& [type, id] : e) {
+            text += (text.empty() ? "" : ", ") + type + " " + std::to_string(id);
+        }
+        return text;
+    }
+};
+
+// Everything the public functions report about the view state.
+struct ViewSnapshot {
+    int mode = 0, rubberband = 0;
+    bool perspective = false, occlusion = false, scale = false, mesh = false, geometry = false,
+         partial = false;
+    std::string pick_type;
+    std::vector<std::string> filters;
+    std::vector<std::pair<std::string, int>> selection;
+    std::vector<int> labels;
+    std::array<double, 3> at{}, from{}, up{};
+
+    static ViewSnapshot take() {
+        namespace TI = TarvoInterface;
+        ViewSnapshot s;
+        s.mode = TI::get_rendering_mode();
+        s.rubberband = TI::get_rubberband_shape();
+        s.perspective = TI::is_perspective_on();
+        s.occlusion = TI::is_occlusion_on();
+        s.scale = TI::is_scale_visibility_on();
+        s.mesh = TI::is_mesh_visibility_on();
+        s.geometry = TI::is_geometry_visibility_on();
+        s.partial = TI::is_select_partial_on();
+        s.pick_type = TI::get_pick_type();
+        s.filters = TI::get_pick_filters();
+        for (int i = 0; i < TI::current_selection_count(); ++i) {
+            s.selection.emplace_back(TI::get_selected_type(i), TI::get_selected_id(i));
+        }
+        for (const char* type : {"volume", "surface", "curve", "vertex", "node", "block"}) {
+            s.labels.push_back(TI::get_label_type(type));
+        }
+        s.at = TI::get_view_at();
+        s.from = TI::get_view_from();
+        s.up = TI::get_view_up();
+        return s;
+    }
+    bool operator==(const ViewSnapshot&) const = default;
+};
+
+class ViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        TarvoMessage::instance()->set_message_handler(output);
+        ASSERT_TRUE(TarvoInterface::init({"tarvo_view_test", "-driver", "offscreen"}));
+        observer.register_observer();
+        TarvoInterface::silent_cmd("echo off");
+        output->clear();
+    }
+    void TearDown() override {
+        observer.unregister_observer();
+        TarvoInterface::destroy();
+        TarvoMessage::instance()->set_message_handler({});
+    }
+
+    // Runs a command that must succeed; the captured output and events start afresh after it.
+    void run(const std::string& line) {
+        ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
+    }
+    void fresh() {
+        output->clear();
+        observer.events.clear();
+    }
+    std::vector<std::string> errors() { return output->starting("ERROR: "); }
+
+    // Selection as "volume 1" strings, in order.
+    static std::vector<std::string> selection() {
+        std::vector<std::string> out;
+        for (int i = 0; i < TarvoInterface::current_selection_count(); ++i) {
+            out.push_back(TarvoInterface::get_selected_type(i) + " " +
+                          std::to_string(TarvoInterface::get_selected_id(i)));
+        }
+        return out;
+    }
+
+    std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
+    ViewObserver observer;
+};
+
+} // namespace view_test
