@@ -1,6 +1,7 @@
 // The records of volume, surface, curve and vertex monitors, read from a real model.
 
 #include "KernelSession.h"
+#include "KernelFeatures.h"
 
 #include "JsonPrinting.h"
 
@@ -109,6 +110,8 @@ TEST_F(GeometryMonitorTest, MissingEntityIsQuietWithoutError) {
 }
 
 TEST_F(GeometryMonitorTest, RequestedIntervalsAndSizeCarryTheirKind) {
+    SKIP_UNTIL_KERNEL_HAS("get_requested_mesh_intervals", "get_requested_mesh_interval_firmness",
+                          "get_requested_mesh_size", "get_requested_mesh_size_type");
     // Nothing decided yet: no count, and the mark of a soft count.
     EXPECT_EQ(first_data<CurveMonitor>(1)->entity_record().value("requested_intervals"),
               "Not Set (S)");
