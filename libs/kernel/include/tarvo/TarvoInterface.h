@@ -1021,7 +1021,7 @@ std::string get_assembly_file_format(int assembly_id);
 std::string get_assembly_units(int assembly_id);
 // Material description of the assembly.
 std::string get_assembly_material_description(int assembly_id);
-// Material specification of the assembly.
+// The material standard or grade recorded for the assembly.
 std::string get_assembly_material_specification(int assembly_id);
 // Every node of the assembly tree.
 std::vector<AssemblyItem> get_assembly_items();

@@ -291,9 +291,9 @@ std::vector<std::string> split_words(std::string_view pattern) {
 }
 } // namespace
 
-bool register_command(CommandSpec spec) {
-    std::vector<std::string> words = split_words(spec.keyword);
-    if (words.empty() || !spec.handler) {
+bool register_command(CommandSpec definition) {
+    std::vector<std::string> words = split_words(definition.keyword);
+    if (words.empty() || !definition.handler) {
         return false;
     }
     for (const RegisteredCommand& command : registry()) {
@@ -303,7 +303,7 @@ bool register_command(CommandSpec spec) {
     }
     RegisteredCommand command;
     command.words = std::move(words);
-    command.spec = std::move(spec);
+    command.definition = std::move(definition);
     registry().push_back(std::move(command));
     return true;
 }
@@ -325,7 +325,7 @@ bool register_alias(const std::string& alias, const std::string& target) {
     }
     RegisteredCommand command;
     command.words = alias_words;
-    command.spec = original->spec;
+    command.definition = original->definition;
     command.alias = true;
     registry().push_back(std::move(command));
     return true;

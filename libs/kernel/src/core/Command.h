@@ -121,7 +121,7 @@ struct CommandSpec {
 
 // False (and nothing changed) if a command with the same pattern is already registered or the
 // pattern is empty.
-bool register_command(CommandSpec spec);
+bool register_command(CommandSpec definition);
 
 // Another spelling of a registered pattern ("colour" for "color"). An alias matches only when
 // typed in full, so it never makes a prefix ambiguous ("col" still means "color"). False if

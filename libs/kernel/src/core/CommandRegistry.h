@@ -13,7 +13,7 @@ inline constexpr const char* kListPlaceholder = "<list>";
 
 struct RegisteredCommand {
     std::vector<std::string> words; // lower case; "<list>" for a placeholder
-    CommandSpec spec;
+    CommandSpec definition;
     bool alias = false; // matched only in full, hidden from the command summary
 };
 

@@ -60,8 +60,9 @@ std::string help_text(std::string_view topic_text) {
             for (const std::string& word : command.words) {
                 pattern += (pattern.empty() ? "" : " ") + word;
             }
-            lines.emplace_back(
-                pattern, command.spec.help_summary.empty() ? pattern : command.spec.help_summary);
+            lines.emplace_back(pattern, command.definition.help_summary.empty()
+                                            ? pattern
+                                            : command.definition.help_summary);
         }
         std::sort(lines.begin(), lines.end());
         for (const auto& [pattern, summary] : lines) {
@@ -103,8 +104,8 @@ std::string help_text(std::string_view topic_text) {
     // Commands without a section yet: their one-line summary.
     for (const RegisteredCommand& command : all_commands()) {
         if (topic_matches(topic, command.words)) {
-            text += (command.spec.help_summary.empty() ? command.words.front()
-                                                       : command.spec.help_summary) +
+            text += (command.definition.help_summary.empty() ? command.words.front()
+                                                             : command.definition.help_summary) +
                     "\n";
         }
     }

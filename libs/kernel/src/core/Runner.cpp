@@ -142,12 +142,12 @@ bool execute(std::string_view line, const RegisteredCommand*& command) {
         cursor.pattern_lists().push_back(std::move(list));
     }
 
-    const bool undoable = command->spec.undoable;
+    const bool undoable = command->definition.undoable;
     UndoStep step;
     if (undoable) {
         step = take_snapshots(line);
     }
-    bool ok = call_handler(command->spec.handler, cursor);
+    bool ok = call_handler(command->definition.handler, cursor);
     if (!ok) {
         if (!frame_error_reported()) {
             error(cursor.expectation().empty() ? "Command failed: " + trim(text)
@@ -178,7 +178,7 @@ bool execute_line(std::string_view line) {
     const RegisteredCommand* command = nullptr;
     const bool ok = execute(line, command);
     pop_frame(true);
-    state().last_cmd_undoable = ok && command && command->spec.undoable;
+    state().last_cmd_undoable = ok && command && command->definition.undoable;
     return ok;
 }
 
@@ -205,7 +205,7 @@ bool run_command(std::string_view line, bool silent) {
     const RegisteredCommand* command = nullptr;
     const bool ok = execute(line, command);
     pop_frame(false);
-    s.last_cmd_undoable = ok && command && command->spec.undoable;
+    s.last_cmd_undoable = ok && command && command->definition.undoable;
     if (silent) {
         --s.silent_depth;
     }

@@ -280,7 +280,7 @@ CommandHandler view_vector(int which) {
 } // namespace
 
 void register_view_commands() {
-    const CommandSpec specs[] = {
+    const CommandSpec commands[] = {
         {"graphics mode", cmd_graphics_mode, false,
          "graphics mode wireframe|hiddenline|flatshade|smoothshade|transparent"},
         {"graphics perspective", switch_command(&ViewState::perspective, "Perspective"), false,
@@ -307,8 +307,8 @@ void register_view_commands() {
         {"view from", view_vector(1), false, "view from <x> <y> <z>"},
         {"view up", view_vector(2), false, "view up <x> <y> <z>"},
     };
-    for (const CommandSpec& spec : specs) {
-        register_command(spec);
+    for (const CommandSpec& command : commands) {
+        register_command(command);
     }
 }
 

@@ -1,0 +1,404 @@
+// Import and export of the geometry module: STEP and IGES through OpenCASCADE's document
+// framework (names, colours, the assembly tree), BREP through BRepTools.
+#include "core/Session.h"
+#include "geometry/GeometryInternal.h"
+#include "geometry/GeometryModule.h"
+
+#include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
+#include <IFSelect_ReturnStatus.hxx>
+#include <IGESCAFControl_Reader.hxx>
+#include <IGESControl_Controller.hxx>
+#include <IGESControl_Writer.hxx>
+#include <Interface_Static.hxx>
+#include <Quantity_Color.hxx>
+#include <STEPCAFControl_Reader.hxx>
+#include <STEPControl_Writer.hxx>
+#include <TCollection_AsciiString.hxx>
+#include <TDF_Label.hxx>
+#include <TDF_LabelSequence.hxx>
+#include <TDataStd_Name.hxx>
+#include <TDocStd_Document.hxx>
+#include <TopExp.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS_Iterator.hxx>
+#include <XCAFApp_Application.hxx>
+#include <XCAFDoc_ColorTool.hxx>
+#include <XCAFDoc_DocumentTool.hxx>
+#include <XCAFDoc_ShapeTool.hxx>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+namespace tarvo::kernel {
+
+using namespace geometry_detail;
+
+namespace {
+
+std::string label_name(const TDF_Label& label) {
+    Handle(TDataStd_Name) name;
+    if (!label.FindAttribute(TDataStd_Name::GetID(), name))
+        return {};
+    TCollection_AsciiString ascii(name->Get(), '?');
+    return ascii.ToCString();
+}
+
+struct ImportedPart {
+    TopoDS_Shape shape;
+    std::string name;
+    bool has_color = false;
+    std::array<double, 4> color{};
+    int node = -1; // index in the assembly list
+};
+
+class TreeWalker {
+public:
+    TreeWalker(Handle(XCAFDoc_ShapeTool) shapes, Handle(XCAFDoc_ColorTool) colors,
+               std::string format)
+        : shapes_(shapes), colors_(colors), format_(std::move(format)) {}
+
+    void walk(const TDF_Label& label, const TopLoc_Location& loc, int parent, int level,
+              const std::string& parent_path, int instance, const TDF_Label& instance_label) {
+        AssemblyNode node;
+        node.id = static_cast<int>(nodes.size()) + 1;
+        node.parent_id = parent;
+        node.name = label_name(label);
+        if (node.name.empty())
+            node.name = label_name(instance_label);
+        if (node.name.empty())
+            node.name = shapes_->IsAssembly(label) ? "assembly" : "part";
+        node.level = level;
+        node.instance = instance;
+        node.path = parent_path.empty() ? node.name : parent_path + "/" + node.name;
+        node.file_format = format_;
+        node.units = "mm";
+        const bool assembly = shapes_->IsAssembly(label);
+        node.type = assembly ? "assembly" : "part";
+        nodes.push_back(node);
+        const int index = static_cast<int>(nodes.size()) - 1;
+        if (assembly) {
+            TDF_LabelSequence components;
+            XCAFDoc_ShapeTool::GetComponents(label, components);
+            std::map<int, int> seen; // referred label tag -> instances so far
+            for (int i = 1; i <= components.Length(); ++i) {
+                TDF_Label component = components.Value(i);
+                TDF_Label referred;
+                if (!XCAFDoc_ShapeTool::GetReferredShape(component, referred))
+                    continue;
+                const int inst = ++seen[referred.Tag()];
+                walk(referred, loc * XCAFDoc_ShapeTool::GetLocation(component), node.id, level + 1,
+                     node.path, inst, component);
+            }
+            return;
+        }
+        ImportedPart part;
+        part.shape = XCAFDoc_ShapeTool::GetShape(label);
+        if (part.shape.IsNull())
+            return;
+        part.shape = part.shape.Moved(loc);
+        part.name = nodes[index].name;
+        part.node = index;
+        Quantity_Color c;
+        for (const TDF_Label& l : {instance_label, label}) {
+            if (l.IsNull())
+                continue;
+            if (colors_->GetColor(l, XCAFDoc_ColorSurf, c) ||
+                colors_->GetColor(l, XCAFDoc_ColorGen, c)) {
+                part.has_color = true;
+                part.color = {c.Red(), c.Green(), c.Blue(), 1.0};
+                break;
+            }
+        }
+        if (!part.has_color) {
+            for (TopExp_Explorer ex(part.shape, TopAbs_SOLID); ex.More(); ex.Next())
+                if (colors_->GetColor(ex.Current(), XCAFDoc_ColorSurf, c) ||
+                    colors_->GetColor(ex.Current(), XCAFDoc_ColorGen, c)) {
+                    part.has_color = true;
+                    part.color = {c.Red(), c.Green(), c.Blue(), 1.0};
+                    break;
+                }
+        }
+        parts.push_back(part);
+    }
+
+    std::vector<AssemblyNode> nodes;
+    std::vector<ImportedPart> parts;
+
+private:
+    Handle(XCAFDoc_ShapeTool) shapes_;
+    Handle(XCAFDoc_ColorTool) colors_;
+    std::string format_;
+};
+
+// Reads STEP or IGES into parts and an assembly tree. False with an error printed on failure.
+bool read_cad_document(const std::string& format, const std::string& path, Progress& progress,
+                       std::vector<ImportedPart>& parts, std::vector<AssemblyNode>& nodes) {
+    Handle(XCAFApp_Application) app = XCAFApp_Application::GetApplication();
+    Handle(TDocStd_Document) doc;
+    app->NewDocument("MDTV-XCAF", doc);
+    struct Closer {
+        Handle(XCAFApp_Application) app;
+        Handle(TDocStd_Document) doc;
+        ~Closer() {
+            if (!doc.IsNull() && doc->IsOpened())
+                app->Close(doc);
+        }
+    } closer{app, doc};
+    Handle(OccProgress) pi = new OccProgress(&progress, 30, 80);
+    if (format == "step") {
+        STEPCAFControl_Reader reader;
+        reader.SetNameMode(true);
+        reader.SetColorMode(true);
+        if (reader.ReadFile(path.c_str()) != IFSelect_RetDone)
+            return error("could not read STEP file '" + path + "'");
+        progress.percent(30);
+        if (interrupted())
+            return error("Interrupted");
+        if (!reader.Transfer(doc, pi->Start()))
+            return interrupted() ? error("Interrupted")
+                                 : error("no shape could be read from STEP file '" + path + "'");
+    } else {
+        IGESControl_Controller::Init();
+        IGESCAFControl_Reader reader;
+        reader.SetNameMode(true);
+        reader.SetColorMode(true);
+        if (reader.ReadFile(path.c_str()) != IFSelect_RetDone)
+            return error("could not read IGES file '" + path + "'");
+        progress.percent(30);
+        if (interrupted())
+            return error("Interrupted");
+        if (!reader.Transfer(doc, pi->Start()))
+            return interrupted() ? error("Interrupted")
+                                 : error("no shape could be read from IGES file '" + path + "'");
+    }
+    if (interrupted())
+        return error("Interrupted");
+    progress.percent(80);
+    Handle(XCAFDoc_ShapeTool) shapes = XCAFDoc_DocumentTool::ShapeTool(doc->Main());
+    Handle(XCAFDoc_ColorTool) colors = XCAFDoc_DocumentTool::ColorTool(doc->Main());
+    TDF_LabelSequence roots;
+    shapes->GetFreeShapes(roots);
+    TreeWalker walker(shapes, colors, format == "step" ? "STEP" : "IGES");
+    for (int i = 1; i <= roots.Length(); ++i)
+        walker.walk(roots.Value(i), TopLoc_Location(), 0, 0, "", 1, TDF_Label());
+    parts = std::move(walker.parts);
+    nodes = std::move(walker.nodes);
+    return true;
+}
+
+// Splits a shape into what becomes bodies: each solid, then the loose faces together, then the
+// loose edges together, then loose vertices.
+std::vector<TopoDS_Shape> split_into_bodies(const TopoDS_Shape& shape) {
+    std::vector<TopoDS_Shape> out;
+    TopTools_IndexedMapOfShape used_faces, used_edges, used_vertices;
+    for (TopExp_Explorer ex(shape, TopAbs_SOLID); ex.More(); ex.Next()) {
+        out.push_back(ex.Current());
+        TopExp::MapShapes(ex.Current(), TopAbs_FACE, used_faces);
+        TopExp::MapShapes(ex.Current(), TopAbs_EDGE, used_edges);
+        TopExp::MapShapes(ex.Current(), TopAbs_VERTEX, used_vertices);
+    }
+    std::vector<TopoDS_Shape> faces, edges, vertices;
+    TopTools_IndexedMapOfShape all;
+    TopExp::MapShapes(shape, TopAbs_FACE, all);
+    for (int i = 1; i <= all.Extent(); ++i)
+        if (!used_faces.Contains(all(i))) {
+            faces.push_back(all(i));
+            TopExp::MapShapes(all(i), TopAbs_EDGE, used_edges);
+            TopExp::MapShapes(all(i), TopAbs_VERTEX, used_vertices);
+        }
+    all.Clear();
+    TopExp::MapShapes(shape, TopAbs_EDGE, all);
+    for (int i = 1; i <= all.Extent(); ++i)
+        if (!used_edges.Contains(all(i))) {
+            edges.push_back(all(i));
+            TopExp::MapShapes(all(i), TopAbs_VERTEX, used_vertices);
+        }
+    all.Clear();
+    TopExp::MapShapes(shape, TopAbs_VERTEX, all);
+    for (int i = 1; i <= all.Extent(); ++i)
+        if (!used_vertices.Contains(all(i)))
+            vertices.push_back(all(i));
+    if (!faces.empty())
+        out.push_back(faces.size() == 1 ? faces.front() : make_compound(faces));
+    if (!edges.empty())
+        out.push_back(edges.size() == 1 ? edges.front() : make_compound(edges));
+    for (const TopoDS_Shape& v : vertices)
+        out.push_back(v);
+    return out;
+}
+
+std::string unique_name(const GeometryModel& model, GeomKind kind, const std::string& base) {
+    auto taken = [&](const std::string& n) {
+        for (int id : model.ids(kind))
+            if (model.name_of(kind, id) == n)
+                return true;
+        return false;
+    };
+    if (!taken(base))
+        return base;
+    for (int i = 2;; ++i) {
+        std::string n = base + "_" + std::to_string(i);
+        if (!taken(n))
+            return n;
+    }
+}
+
+} // namespace
+
+bool GeometryModule::import_file(const std::string& format, const std::string& path, bool heal,
+                                 bool names) {
+    bool ok = guarded("import", [&] {
+        if (format != "step" && format != "iges" && format != "brep")
+            return error("unknown import format '" + format + "' (step, iges or brep)");
+        std::error_code ec;
+        if (!std::filesystem::is_regular_file(path, ec))
+            return error("file '" + path + "' does not exist");
+        Transaction tx(model_);
+        Progress progress("Import " + format, path, true);
+        std::vector<ImportedPart> parts;
+        std::vector<AssemblyNode> nodes;
+        if (format == "brep") {
+            TopoDS_Shape shape;
+            BRep_Builder builder;
+            Handle(OccProgress) pi = new OccProgress(&progress, 0, 80);
+            if (!BRepTools::Read(shape, path.c_str(), builder, pi->Start()) || shape.IsNull())
+                return interrupted() ? error("Interrupted")
+                                     : error("could not read BREP file '" + path + "'");
+            parts.push_back({shape, {}, false, {}, -1});
+        } else if (!read_cad_document(format, path, progress, parts, nodes)) {
+            return false;
+        }
+        if (interrupted())
+            return error("Interrupted");
+        // Numbering of the new tree nodes continues after the existing ones.
+        auto& tree = model_.assembly();
+        const int offset = static_cast<int>(tree.size());
+        std::vector<int> made_volumes, made_bodies;
+        for (const ImportedPart& part : parts) {
+            if (interrupted())
+                return error("Interrupted");
+            for (const TopoDS_Shape& piece : split_into_bodies(part.shape)) {
+                if (!shape_is_valid(piece))
+                    warning("a piece of " + (part.name.empty() ? path : "'" + part.name + "'") +
+                            " is not a valid shape; kept as read");
+                auto body = model_.make_body(model_.next_id(GeomKind::Body), piece, nullptr);
+                model_.put_body(body);
+                made_bodies.push_back(body->id);
+                for (const IdShape& v : body->volumes) {
+                    made_volumes.push_back(v.id);
+                    if (names && !part.name.empty())
+                        model_.attributes_for_update(GeomKind::Volume, v.id).name =
+                            unique_name(model_, GeomKind::Volume, part.name);
+                    if (part.has_color) {
+                        auto& a = model_.attributes_for_update(GeomKind::Volume, v.id);
+                        a.has_color = true;
+                        a.color = part.color;
+                    }
+                    if (part.node >= 0)
+                        nodes[static_cast<std::size_t>(part.node)].volume_ids.push_back(v.id);
+                }
+            }
+        }
+        if (made_bodies.empty())
+            return error("file '" + path + "' holds no geometry");
+        if (heal) {
+            std::vector<int> sheets;
+            for (int b : made_bodies)
+                if (model_.body(b)->volumes.empty())
+                    sheets.push_back(b);
+            int solids = 0;
+            if (!sheets.empty() && !heal_bodies(model_, sheets, &progress, solids))
+                return false;
+            if (solids)
+                print("Healed: made " + std::to_string(solids) + " solid" +
+                      (solids == 1 ? "" : "s") + " from loose faces");
+            // Healing may have joined bodies and made new ones.
+            std::vector<int> now;
+            for (int b : model_.ids(GeomKind::Body))
+                if (b >= made_bodies.front())
+                    now.push_back(b);
+            made_bodies = now;
+            made_volumes.clear();
+            for (int b : made_bodies)
+                for (int v : volume_ids(*model_.body(b)))
+                    made_volumes.push_back(v);
+        }
+        for (AssemblyNode& n : nodes) {
+            n.id += offset;
+            if (n.parent_id)
+                n.parent_id += offset;
+            tree.push_back(n);
+        }
+        std::vector<GeomEvent> extra{{GeomEvent::Code::ImportComplete, 0, 0, "", path, true}};
+        if (!nodes.empty())
+            extra.push_back({GeomEvent::Code::AssemblyTreeModified});
+        tx.commit(extra);
+        std::size_t free_surfaces = 0;
+        for (int b : made_bodies)
+            if (model_.body(b)->volumes.empty())
+                free_surfaces += model_.body(b)->surfaces.size();
+        print(
+            "Imported '" + path + "': " + std::to_string(made_volumes.size()) + " volume" +
+            (made_volumes.size() == 1 ? "" : "s") +
+            (free_surfaces ? ", " + std::to_string(free_surfaces) + " free surface" +
+                                 (free_surfaces == 1 ? "" : "s")
+                           : std::string()) +
+            (made_volumes.empty() ? std::string() : " (" + describe("volume", made_volumes) + ")"));
+        return true;
+    });
+    if (!ok)
+        emit({GeomEvent::Code::ImportComplete, 0, 0, "", path, false});
+    return ok;
+}
+
+bool GeometryModule::export_file(const std::string& format, const std::string& path, bool overwrite,
+                                 const std::vector<EntityKey>& list) {
+    bool ok = guarded("export", [&] {
+        if (format != "step" && format != "iges" && format != "brep")
+            return error("unknown export format '" + format + "' (step, iges or brep)");
+        std::error_code ec;
+        if (std::filesystem::exists(path, ec) && !overwrite)
+            return error("file '" + path + "' exists; add 'overwrite' to replace it");
+        std::vector<int> bodies;
+        if (list.empty()) {
+            bodies = model_.ids(GeomKind::Body);
+        } else if (!owning_bodies(list, bodies, "export")) {
+            return false;
+        }
+        if (bodies.empty())
+            return error("there is no geometry to export");
+        std::vector<TopoDS_Shape> shapes;
+        for (int b : bodies)
+            shapes.push_back(model_.body(b)->shape);
+        TopoDS_Compound all = make_compound(shapes);
+        Progress progress("Export " + format, path, true);
+        if (format == "brep") {
+            if (!BRepTools::Write(all, path.c_str()))
+                return error("could not write '" + path + "'");
+        } else if (format == "step") {
+            STEPControl_Writer writer;
+            if (writer.Transfer(all, STEPControl_AsIs) != IFSelect_RetDone)
+                return error("could not convert the model to STEP");
+            if (writer.Write(path.c_str()) != IFSelect_RetDone)
+                return error("could not write '" + path + "'");
+        } else {
+            IGESControl_Controller::Init();
+            IGESControl_Writer writer("MM", 1);
+            if (!writer.AddShape(all))
+                return error("could not convert the model to IGES");
+            writer.ComputeModel();
+            if (!writer.Write(path.c_str()))
+                return error("could not write '" + path + "'");
+        }
+        print("Exported " + describe("body", bodies) + " to '" + path + "'");
+        return true;
+    });
+    emit({GeomEvent::Code::ExportComplete, 0, 0, "", path, ok});
+    return ok;
+}
+
+} // namespace tarvo::kernel

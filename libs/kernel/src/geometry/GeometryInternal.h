@@ -1,0 +1,79 @@
+#pragma once
+// Helpers shared by the geometry module's source files. Kernel thread only.
+
+#include "core/Session.h"
+#include "geometry/GeometryModule.h"
+
+#include <Message_ProgressIndicator.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tarvo::kernel::geometry_detail {
+
+// Rolls the model back unless committed. commit() emits the diff events, then `extra`.
+class Transaction {
+public:
+    explicit Transaction(GeometryModel& model) : model_(model), before_(model.snapshot()) {}
+    ~Transaction() {
+        if (!done_)
+            model_.restore(before_);
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit(const std::vector<GeomEvent>& extra = {});
+    // Keeps the change and emits only `events` (for changes that are not shape changes).
+    void commit_only(const std::vector<GeomEvent>& events);
+    const GeometryState& before() const { return before_; }
+
+private:
+    GeometryModel& model_;
+    GeometryState before_;
+    bool done_ = false;
+};
+
+// OpenCASCADE progress that reports to the session's Progress and stops the algorithm when the
+// user interrupts.
+// Parallel algorithms may call it from their worker threads: UserBreak() only reads the atomic
+// flag, and percentages are passed on only on the kernel thread that made the indicator.
+class OccProgress : public Message_ProgressIndicator {
+public:
+    explicit OccProgress(Progress* progress, double from = 0, double to = 100)
+        : progress_(progress), from_(from), to_(to), owner_(std::this_thread::get_id()) {}
+    Standard_Boolean UserBreak() override { return interrupted(); }
+    void Show(const Message_ProgressScope&, const Standard_Boolean) override {
+        if (progress_ && std::this_thread::get_id() == owner_)
+            progress_->percent(from_ + (to_ - from_) * GetPosition());
+    }
+
+private:
+    Progress* progress_;
+    double from_, to_;
+    std::thread::id owner_;
+};
+
+TopoDS_Compound make_compound(const std::vector<TopoDS_Shape>& shapes);
+// The body's solids (or, for bodies without solids, its top-level pieces).
+std::vector<TopoDS_Shape> pieces_of(const Body& body);
+// Adds hints for every sub-shape of `body`: images after an operation (through `images`), or
+// the shape itself when the operation left it alone. An entity shared with a body outside
+// `operands` is hinted only to an image that is the same shape (still shared); a changed image
+// gets a new id and the other body keeps the old one.
+void add_hints(const GeometryModel& model, const Body& body, const std::vector<int>& operands,
+               GeometryModel::IdHints& hints,
+               const std::function<std::vector<TopoDS_Shape>(const TopoDS_Shape&)>& images);
+// "volume 3", "volumes 3 4 5"
+std::string describe(const char* kind, const std::vector<int>& ids);
+std::vector<int> volume_ids(const Body& body);
+// Rejects shapes that OpenCASCADE considers invalid.
+bool shape_is_valid(const TopoDS_Shape& shape);
+
+// Sews loose faces of sheet bodies into solids where they close, and fixes small defects. Each
+// body keeps its id; its pieces get new ids.
+bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress* progress,
+                 int& solids_made);
+
+} // namespace tarvo::kernel::geometry_detail
