@@ -184,13 +184,12 @@ TEST_F(DispatchTest, RegisteringAPatternTwiceIsRefused) {
 }
 
 TEST_F(DispatchTest, AliasesMatchOnlyInFullAndStayOutOfTheSummary) {
-    ASSERT_TRUE(register_command({"probe color",
-                                  [this](Cursor& c) {
-                                      calls.push_back("color " + c.rest());
-                                      c.set_pos(c.all_tokens().size());
-                                      return true;
-                                  },
-                                  false, "probe color <name>"}));
+    const auto color = [this](Cursor& c) {
+        calls.push_back("color " + c.rest());
+        c.set_pos(c.all_tokens().size());
+        return true;
+    };
+    ASSERT_TRUE(register_command({"probe color", color, false, "probe color <name>"}));
     ASSERT_TRUE(register_alias("probe colour", "probe color"));
     EXPECT_FALSE(register_alias("probe tint", "probe paint"));   // no such target
     EXPECT_FALSE(register_alias("probe colour", "probe color")); // taken

@@ -95,29 +95,26 @@ TEST_F(PlaybackTest, SelfPlayingJournalStopsAtTheNestingLimit) {
     EXPECT_NE(errors[0].find("nested too deeply"), std::string::npos);
 }
 
-TEST_F(PlaybackTest, ReportsProgressPerLine) {
-    auto progress = std::make_shared<RecordingProgress>();
-    TarvoInterface::set_progress_handler(progress);
+// Per line; a nested playback shows its own report, then the outer one starts again.
+TEST_F(PlaybackTest, ReportsProgress) {
     write_file(scratch / "four.jou", "add volume 1\nadd volume 2\nadd volume 3\nadd volume 4\n");
-    ASSERT_TRUE(TarvoInterface::cmd("playback 'four.jou'"));
-    TarvoInterface::set_progress_handler({});
-    EXPECT_EQ(progress->calls,
-              (std::vector<std::string>{"start Playback four.jou cancel", "percent 0", "percent 25",
-                                        "percent 50", "percent 75", "percent 100", "end"}));
-}
-
-TEST_F(PlaybackTest, NestedProgressShowsTheInnerReportThenTheOuterAgain) {
-    auto progress = std::make_shared<RecordingProgress>();
-    TarvoInterface::set_progress_handler(progress);
-    write_file(scratch / "leaf.jou", "add volume 1\n");
-    write_file(scratch / "root.jou", "playback 'leaf.jou'\nadd volume 2\n");
-    ASSERT_TRUE(TarvoInterface::cmd("playback 'root.jou'"));
-    TarvoInterface::set_progress_handler({});
-    EXPECT_EQ(progress->calls,
-              (std::vector<std::string>{"start Playback root.jou cancel", "percent 0",
-                                        "start Playback leaf.jou cancel", "percent 0",
-                                        "percent 100", "end", "start Playback root.jou cancel",
-                                        "percent 0", "percent 50", "percent 100", "end"}));
+    write_file(scratch / "leaf.jou", "add volume 5\n");
+    write_file(scratch / "root.jou", "playback 'leaf.jou'\nadd volume 6\n");
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"playback 'four.jou'",
+         {"start Playback four.jou cancel", "percent 0", "percent 25", "percent 50", "percent 75",
+          "percent 100", "end"}},
+        {"playback 'root.jou'",
+         {"start Playback root.jou cancel", "percent 0", "start Playback leaf.jou cancel",
+          "percent 0", "percent 100", "end", "start Playback root.jou cancel", "percent 0",
+          "percent 50", "percent 100", "end"}}};
+    for (const auto& [command, calls] : cases) {
+        auto progress = std::make_shared<RecordingProgress>();
+        TarvoInterface::set_progress_handler(progress);
+        ASSERT_TRUE(TarvoInterface::cmd(command));
+        TarvoInterface::set_progress_handler({});
+        EXPECT_EQ(progress->calls, calls) << command;
+    }
 }
 
 TEST_F(PlaybackTest, InputFilesFromTheCommandLineRunOnce) {

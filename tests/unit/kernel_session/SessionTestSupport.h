@@ -12,68 +12,20 @@
 #include "tarvo_util/TarvoFileUtil.h"
 #include "tarvo_util/TarvoMessage.h"
 
+#include "../support/CapturedOutput.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace session_test {
 
-// Collects printed text, split into whole lines, with the channel it came on.
-class CapturingHandler : public TarvoMessageHandler {
-public:
-    struct Line {
-        bool is_error;
-        std::string text;
-    };
-    void print_message(const char* text) override { add(false, text); }
-    void print_error(const char* text) override { add(true, text); }
-
-    std::vector<Line> take() {
-        std::lock_guard lock(mutex);
-        return std::exchange(lines, {});
-    }
-    std::vector<std::string> errors_starting(const std::string& prefix) {
-        std::vector<std::string> found;
-        std::lock_guard lock(mutex);
-        for (const Line& line : lines) {
-            if (line.text.starts_with(prefix)) {
-                found.push_back(line.text);
-            }
-        }
-        return found;
-    }
-    std::string all() {
-        std::lock_guard lock(mutex);
-        std::string text;
-        for (const Line& line : lines) {
-            text += line.text + "\n";
-        }
-        return text;
-    }
-
-private:
-    void add(bool is_error, const std::string& text) {
-        std::lock_guard lock(mutex);
-        // Each call is one or more whole lines.
-        size_t start = 0;
-        while (start < text.size()) {
-            size_t end = text.find('\n', start);
-            if (end == std::string::npos) {
-                end = text.size();
-            }
-            lines.push_back({is_error, text.substr(start, end - start)});
-            start = end + 1;
-        }
-    }
-    std::mutex mutex;
-    std::vector<Line> lines;
-};
+using CapturingHandler = test_support::CapturedOutput;
 
 // Records event names in order.
 class RecordingObserver : public TarvoInterface::TIObserve {
@@ -238,50 +190,37 @@ protected:
     //   "add then throw <id>"           undoable: adds a volume, then throws
     void register_model_commands() {
         using tarvo::kernel::Cursor;
-        tarvo::kernel::register_command({"add volume",
-                                         [this](Cursor& c) {
-                                             int id = 0;
-                                             if (!c.integer(id)) {
-                                                 return false;
-                                             }
-                                             std::string name;
-                                             if (c.keyword("name") && !c.string(name)) {
-                                                 return false;
-                                             }
-                                             if (!c.expect_end()) {
-                                                 return false;
-                                             }
-                                             model.add_volume(id, name, {10 * id + 1, 10 * id + 2});
-                                             tarvo::kernel::events().volume_created(id);
-                                             tarvo::kernel::print("Created volume " +
-                                                                  std::to_string(id));
-                                             return true;
-                                         },
-                                         true, "add volume <id> [name '<name>']"});
-        tarvo::kernel::register_command({"add then fail",
-                                         [this](Cursor& c) {
-                                             int id = 0;
-                                             if (!c.integer(id)) {
-                                                 return false;
-                                             }
-                                             model.add_volume(id, "", {});
-                                             return c.fail("Could not finish volume " +
-                                                           std::to_string(id));
-                                         },
-                                         true, "add then fail <id>"});
-        tarvo::kernel::register_command({"add then throw",
-                                         [this](Cursor& c) -> bool {
-                                             int id = 0;
-                                             if (!c.integer(id)) {
-                                                 return false;
-                                             }
-                                             model.add_volume(id, "", {});
-                                             throw std::runtime_error("boom");
-                                         },
-                                         true, "add then throw <id>"});
+        using tarvo::kernel::register_command;
+        const auto add_volume = [this](Cursor& c) {
+            int id = 0;
+            std::string name;
+            if (!c.integer(id) || (c.keyword("name") && !c.string(name)) || !c.expect_end())
+                return false;
+            model.add_volume(id, name, {10 * id + 1, 10 * id + 2});
+            tarvo::kernel::events().volume_created(id);
+            tarvo::kernel::print("Created volume " + std::to_string(id));
+            return true;
+        };
+        const auto add_then_fail = [this](Cursor& c) {
+            int id = 0;
+            if (!c.integer(id))
+                return false;
+            model.add_volume(id, "", {});
+            return c.fail("Could not finish volume " + std::to_string(id));
+        };
+        const auto add_then_throw = [this](Cursor& c) -> bool {
+            int id = 0;
+            if (!c.integer(id))
+                return false;
+            model.add_volume(id, "", {});
+            throw std::runtime_error("boom");
+        };
+        register_command({"add volume", add_volume, true, "add volume <id> [name '<name>']"});
+        register_command({"add then fail", add_then_fail, true, "add then fail <id>"});
+        register_command({"add then throw", add_then_throw, true, "add then throw <id>"});
     }
 
-    std::vector<std::string> error_lines() { return output->errors_starting("ERROR: "); }
+    std::vector<std::string> error_lines() { return output->starting("ERROR: "); }
 
     std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
     RecordingObserver observer;
