@@ -47,19 +47,19 @@ template <typename R, typename... Args> struct signature_of<std::function<R(Args
 } // namespace detail
 
 template <typename F>
-MethodRow row(const char* name, F callable, std::vector<json_rpc::ParamSpec> specs) {
+MethodRow row(const char* name, F callable, std::vector<json_rpc::ParamSpec> params) {
     using Traits = detail::signature_of<decltype(std::function{callable})>;
     // A pointer result would silently become a JSON bool; such results go through an adapter.
     static_assert(!std::is_pointer_v<typename Traits::result>,
                   "convert pointer results in an adapter (see six())");
-    if (specs.size() != Traits::arity) {
+    if (params.size() != Traits::arity) {
         // A table that does not match its functions is a build mistake: stop at once.
-        std::fprintf(stderr, "method table: %s names %zu of %zu arguments\n", name, specs.size(),
+        std::fprintf(stderr, "method table: %s names %zu of %zu arguments\n", name, params.size(),
                      Traits::arity);
         std::abort();
     }
-    return {name, [callable, specs = std::move(specs)]() -> RPCMethodWrapper* {
-                return new GenericRPCMethodWrapper<typename Traits::type>(callable, specs);
+    return {name, [callable, params = std::move(params)]() -> RPCMethodWrapper* {
+                return new GenericRPCMethodWrapper<typename Traits::type>(callable, params);
             }};
 }
 

@@ -82,32 +82,40 @@ QString GeometryMonitor::requested_size_text() const {
     return result;
 }
 
+void GeometryMonitor::insert_requested_sizes() {
+    record.insert(QStringLiteral("requested_intervals"), requested_intervals_text());
+    record.insert(QStringLiteral("requested_size"), requested_size_text());
+}
+
+void GeometryMonitor::insert_schemes() {
+    const std::string kernel_type = type.toStdString();
+    record.insert(QStringLiteral("smooth_scheme"),
+                  text(TarvoInterface::get_smooth_scheme(kernel_type, id)));
+    record.insert(QStringLiteral("mesh_scheme"),
+                  text(TarvoInterface::get_mesh_scheme(kernel_type, id)));
+    record.insert(QStringLiteral("sizing_function"),
+                  text(TarvoInterface::get_sizing_function_name(kernel_type, id)));
+}
+
 void VolumeMonitor::update() {
     GeometryMonitor::update();
     if (!exists)
         return;
-    record.insert(QStringLiteral("requested_intervals"), requested_intervals_text());
-    record.insert(QStringLiteral("requested_size"), requested_size_text());
+    insert_requested_sizes();
     record.insert(QStringLiteral("geometric_volume"), TarvoInterface::get_volume_area(id));
     record.insert(QStringLiteral("meshed_volume"),
                   TarvoInterface::get_meshed_volume_or_area("volume", {id}));
     record.insert(QStringLiteral("element_count"), TarvoInterface::get_volume_element_count(id));
     record.insert(QStringLiteral("node_count"),
                   TarvoInterface::get_geometry_node_count("volume", id));
-    record.insert(QStringLiteral("smooth_scheme"),
-                  text(TarvoInterface::get_smooth_scheme("volume", id)));
-    record.insert(QStringLiteral("mesh_scheme"),
-                  text(TarvoInterface::get_mesh_scheme("volume", id)));
-    record.insert(QStringLiteral("sizing_function"),
-                  text(TarvoInterface::get_sizing_function_name("volume", id)));
+    insert_schemes();
 }
 
 void SurfaceMonitor::update() {
     GeometryMonitor::update();
     if (!exists)
         return;
-    record.insert(QStringLiteral("requested_intervals"), requested_intervals_text());
-    record.insert(QStringLiteral("requested_size"), requested_size_text());
+    insert_requested_sizes();
     record.insert(QStringLiteral("is_merged"), TarvoInterface::is_merged("surface", id));
     record.insert(QStringLiteral("is_virtual"), TarvoInterface::is_virtual("surface", id));
     record.insert(QStringLiteral("surface_area"), TarvoInterface::get_surface_area(id));
@@ -117,20 +125,14 @@ void SurfaceMonitor::update() {
                   TarvoInterface::get_geometry_node_count("surface", id));
     record.insert(QStringLiteral("meshed_area"),
                   TarvoInterface::get_meshed_volume_or_area("surface", {id}));
-    record.insert(QStringLiteral("smooth_scheme"),
-                  text(TarvoInterface::get_smooth_scheme("surface", id)));
-    record.insert(QStringLiteral("mesh_scheme"),
-                  text(TarvoInterface::get_mesh_scheme("surface", id)));
-    record.insert(QStringLiteral("sizing_function"),
-                  text(TarvoInterface::get_sizing_function_name("surface", id)));
+    insert_schemes();
 }
 
 void CurveMonitor::update() {
     GeometryMonitor::update();
     if (!exists)
         return;
-    record.insert(QStringLiteral("requested_intervals"), requested_intervals_text());
-    record.insert(QStringLiteral("requested_size"), requested_size_text());
+    insert_requested_sizes();
     record.insert(QStringLiteral("curve_length"), TarvoInterface::get_curve_length(id));
     record.insert(QStringLiteral("is_merged"), TarvoInterface::is_merged("curve", id));
     record.insert(QStringLiteral("is_virtual"), TarvoInterface::is_virtual("curve", id));

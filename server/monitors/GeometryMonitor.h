@@ -17,6 +17,10 @@ protected:
     QString requested_intervals_text() const;
     // Mesh size with its kind: " (U)" user set, " (C)" calculated, "(N)" none.
     QString requested_size_text() const;
+    // "requested_intervals" and "requested_size", reported alike by volumes, surfaces and curves.
+    void insert_requested_sizes();
+    // "smooth_scheme", "mesh_scheme" and "sizing_function", reported by volumes and surfaces.
+    void insert_schemes();
 };
 
 class VolumeMonitor : public GeometryMonitor {

@@ -8,23 +8,17 @@ frames before the answer are exactly the task's; for any other client a later ga
 ("pubsub.list", answered at once on the main thread) collects everything that came before it.
 Nothing here waits for something not to happen."""
 
-import asyncio
 import json
 
 import pytest
 
+from e2e_support import GATE, run
 from tarvo_client import TarvoClient, launch_server
 
-TIMEOUT = 120
-GATE = "pubsub.list"
 
 GEOMETRY_KEYS = {"volume", "surface", "curve", "vertex", "bodies"}
 ALL_MODEL_KEYS = GEOMETRY_KEYS | {"groups", "blocks", "sidesets", "nodesets", "fea_bcs",
                                   "cfd_bcs", "materials", "boundary_layers"}
-
-
-def run(coroutine):
-    return asyncio.run(asyncio.wait_for(coroutine, TIMEOUT))
 
 
 def monitor_frames(frames):

@@ -4,13 +4,9 @@ on the server's main thread at once, so a published message reaches every subscr
 the publisher's answer arrives; the gate of a later "pubsub.list" on another connection shows
 that nothing further came."""
 
-import asyncio
+from e2e_support import frames_before_gate, run
+from tarvo_client import TarvoClient
 
-import pytest
-
-from tarvo_client import TarvoClient, launch_server
-
-TIMEOUT = 60
 KERNEL_OUTPUT = {
     "print_message": "[msg]",
     "print_error": "[msg]",
@@ -18,23 +14,6 @@ KERNEL_OUTPUT = {
     "progress_ended": "",
     "progress_percent": "[percent]",
 }
-
-
-def run(coroutine):
-    return asyncio.run(asyncio.wait_for(coroutine, TIMEOUT))
-
-
-@pytest.fixture(scope="module")
-def server():
-    with launch_server() as process:
-        yield process
-
-
-async def frames_before_gate(client):
-    before = len(client.frames)
-    response = await client.request("pubsub.list")
-    assert "result" in response
-    return client.frames[before:-1]
 
 
 def test_list_names_the_kernel_output_and_later_registrations(server):

@@ -1,45 +1,25 @@
 """Routing through the real tarvo_server: which names reach the kernel's method table, how bad
 parameters are refused, that kernel printing reaches subscribers only, and that
 tarvo.request_interrupt stops a running command. Runs $TARVO_SERVER through
-clients/python/tarvo_client.py.
-
-To show that a frame did not arrive, a later request on the same connection ("pubsub.list",
-answered at once on the server's main thread) is used as a gate: the server sends what it owes a
-connection in order, so anything sent before the gate's answer is in by then."""
+clients/python/tarvo_client.py; a frame that must not arrive is shown absent by a gate request
+(see e2e_support)."""
 
 import asyncio
 import json
 
 import pytest
 
-from tarvo_client import RPCError, TarvoClient, launch_server
+from e2e_support import frames_before_gate, run
+from tarvo_client import RPCError, TarvoClient
 
-TIMEOUT = 120
 METHOD_NOT_FOUND = -32601
 INVALID_PARAMS = -32602
-
-
-def run(coroutine):
-    return asyncio.run(asyncio.wait_for(coroutine, TIMEOUT))
-
-
-@pytest.fixture(scope="module")
-def server():
-    with launch_server() as process:
-        yield process
 
 
 async def error_code(client, method, params=None):
     response = await client.request(method, params)
     assert "error" in response, f"{method} {params!r} answered {response!r}"
     return response["error"]["code"]
-
-
-async def frames_before_gate(client):
-    before = len(client.frames)
-    response = await client.request("pubsub.list")
-    assert "result" in response
-    return client.frames[before:-1]
 
 
 def test_the_prefix_before_the_last_dot_does_not_matter(server):
@@ -70,25 +50,14 @@ def test_unknown_names_and_other_cases_are_not_found(server):
 
 
 @pytest.mark.parametrize("method, params", [
-    # int
-    ("get_command_from_history", {"command_number": "1"}),
+    # The type rules themselves are unit-tested; here: each kind of refusal reaches the client.
     ("get_command_from_history", {"command_number": 1.5}),
-    ("get_command_from_history", {"command_number": True}),
-    ("get_command_from_history", {}),
-    # string
-    ("cmd", {"input_string": 5}),
-    ("cmd", {"input_string": ["help"]}),
     ("cmd", {"input_string": None}),
-    # bool
     ("journal_commands", {"state": 1}),
-    ("journal_commands", {"state": "true"}),
-    # two strings: one wrong or missing refuses the whole call
-    ("parse_tarvo_list", {"type": "volume", "entity_list_string": 1}),
+    # one wrong or missing name refuses the whole call; named parameters only
     ("parse_tarvo_list", {"type": 3, "entity_list_string": "all"}),
     ("parse_tarvo_list", {"entity_list_string": "all"}),
-    # named parameters only
     ("parse_tarvo_list", ["volume", "all"]),
-    ("get_command_from_history", [1]),
 ])
 def test_wrong_parameter_types_are_refused(server, method, params):
     async def scenario():

@@ -1,9 +1,7 @@
 """The WebSocket side of tarvo_server, end to end: admission, TLS, the exit timer, and how frames
 are answered. Runs the real binary ($TARVO_SERVER) through clients/python/tarvo_client.py.
-
-Nothing here waits for something not to happen: to show that a frame drew no answer, a later
-request on the same connection ("pubsub.list", answered at once on the server's main thread) is
-used as a gate, since the server answers frames of one connection in the order they came."""
+Nothing here waits for something not to happen: a frame that drew no answer is shown by a gate
+request (see e2e_support)."""
 
 import asyncio
 import json
@@ -13,24 +11,10 @@ import socket
 import pytest
 import websockets
 
+from e2e_support import GATE, TIMEOUT, run
+from e2e_support import frames_before_gate as gate
 from tarvo_client import ServerStartError, TarvoClient, launch_server
 
-TIMEOUT = 120
-
-# Answered by the server itself, without the kernel and without side effects.
-GATE = "pubsub.list"
-
-
-def run(coroutine):
-    return asyncio.run(asyncio.wait_for(coroutine, TIMEOUT))
-
-
-async def gate(client, id):
-    """Sends the gate request and returns the frames that arrived before its answer."""
-    before = len(client.frames)
-    response = await client.request(GATE, id=id)
-    assert "result" in response
-    return client.frames[before:-1]
 
 
 async def admitted(port, **connect_args):

@@ -1,6 +1,6 @@
 // The parameter type rules and the result conversions shared by every wrapper.
 
-#include "TestJson.h"
+#include "../support/TestJson.h"
 #include "json_rpc/Convert.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Classification of received text: single messages, batches, responses from clients, and the
 // error answers for what is malformed.
 
-#include "TestJson.h"
+#include "../support/TestJson.h"
 #include "json_rpc/JsonRPCParser.h"
 
 #include <gtest/gtest.h>
@@ -14,20 +14,6 @@ JsonRPCParser parsed(const char* text) {
     return parser;
 }
 
-// The error a single bad message draws: its code and the id it is answered under.
-void expect_single_error(const char* text, int code, const QJsonValue& id) {
-    SCOPED_TRACE(text);
-    const JsonRPCParser parser = parsed(text);
-    EXPECT_FALSE(parser.is_empty());
-    EXPECT_FALSE(parser.is_batch());
-    ASSERT_TRUE(parser.has_errors());
-    EXPECT_EQ(parser.error().error_code(), code);
-    EXPECT_EQ(parser.error().id(), id);
-    EXPECT_EQ(wire(parser.error().to_json_string())[QLatin1String("id")], id);
-}
-
-const QJsonValue null_id = QJsonValue(QJsonValue::Null);
-
 } // namespace
 
 TEST(JsonRPCParser, NothingToActOn) {
@@ -39,49 +25,58 @@ TEST(JsonRPCParser, NothingToActOn) {
     }
 }
 
-TEST(JsonRPCParser, TextThatIsNoJsonIsAParseError) {
-    expect_single_error("hello", -32700, null_id);
-    // A request cut off in the middle.
-    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":"bar","baz])", -32700,
-                        null_id);
-    // A batch cut off in the middle is one parse error, not a batch.
-    expect_single_error(R"([{"jsonrpc":"2.0","method":"tarvo.get_version","id":"1"},
-                           {"jsonrpc":"2.0","method")",
-                        -32700, null_id);
-    expect_single_error("[1] [2]", -32700, null_id);
-    expect_single_error("1, 2", -32700, null_id);
-}
-
-TEST(JsonRPCParser, JsonThatCannotBeARequestIsAnInvalidRequest) {
-    // Scalars at the top level are JSON, just not JSON-RPC.
-    for (const char* text : {"42", "\"tarvo.cmd\"", "true", "null"})
-        expect_single_error(text, -32600, null_id);
-    // An empty array is one invalid request, not an empty batch.
-    expect_single_error("[]", -32600, null_id);
-    expect_single_error(" [ ] ", -32600, null_id);
-}
-
-TEST(JsonRPCParser, MalformedRequestObjects) {
-    // Without an id, or with one that cannot be trusted, the error goes under a null id.
-    expect_single_error(R"({"jsonrpc":"2.0","method":1,"params":"bar"})", -32600, null_id);
-    expect_single_error(R"({"foo":"boo"})", -32600, null_id);
-    expect_single_error(R"({})", -32600, null_id);
-    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":{"a":1}})", -32600, null_id);
-    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":[1]})", -32600, null_id);
-    expect_single_error(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":true})", -32600, null_id);
-
-    // A readable id is echoed, whatever else is wrong.
-    expect_single_error(R"({"jsonrpc":"1.0","method":"tarvo.cmd","id":12})", -32600,
-                        QJsonValue(12));
-    expect_single_error(R"({"method":"tarvo.cmd","id":"q"})", -32600, QJsonValue("q"));
-    expect_single_error(R"({"jsonrpc":2.0,"method":"tarvo.cmd","id":3})", -32600, QJsonValue(3));
-    expect_single_error(R"({"jsonrpc":"2.0","id":3})", -32600, QJsonValue(3));
-    expect_single_error(R"({"jsonrpc":"2.0","method":["tarvo.cmd"],"id":3})", -32600,
-                        QJsonValue(3));
-    for (const char* params : {"null", "\"bar\"", "3", "false"}) {
-        const QByteArray text = QByteArray(R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":3,)") +
-                                R"("params":)" + params + "}";
-        expect_single_error(text.constData(), -32600, QJsonValue(3));
+// What a single bad message draws: its error code and the id it is answered under.
+TEST(JsonRPCParser, BadSingleMessages) {
+    const QJsonValue null_id(QJsonValue::Null);
+    struct Case {
+        std::string text;
+        int code;
+        QJsonValue id;
+    };
+    const std::string request_with_id_3 = R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":3,)";
+    const std::string get_version_id = R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":)";
+    const Case cases[] = {
+        // Text that is no JSON.
+        {"hello", -32700, null_id},
+        {R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":"bar","baz])", -32700, null_id},
+        // A batch cut off in the middle is one parse error, not a batch.
+        {R"([{"jsonrpc":"2.0","method":"a","id":"1"}, {"jsonrpc":"2.0","method")", -32700, null_id},
+        {"[1] [2]", -32700, null_id},
+        {"1, 2", -32700, null_id},
+        // JSON that cannot be a request; an empty array is one invalid request, not a batch.
+        {"42", -32600, null_id},
+        {"\"tarvo.cmd\"", -32600, null_id},
+        {"null", -32600, null_id},
+        {" [ ] ", -32600, null_id},
+        // Without an id, or with one that cannot be trusted, the error goes under a null id.
+        {R"({"jsonrpc":"2.0","method":1,"params":"bar"})", -32600, null_id},
+        {R"({})", -32600, null_id},
+        {R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":{"a":1}})", -32600, null_id},
+        {R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":[1]})", -32600, null_id},
+        {R"({"jsonrpc":"2.0","method":"tarvo.cmd","id":true})", -32600, null_id},
+        // Beyond 2^53 - 1 an id could be altered on its way back.
+        {get_version_id + "9007199254740992}", -32600, null_id},
+        {get_version_id + "-9007199254740992}", -32600, null_id},
+        {get_version_id + "18446744073709551616}", -32600, null_id},
+        {get_version_id + "1e20}", -32600, null_id},
+        // A readable id is echoed, whatever else is wrong.
+        {R"({"jsonrpc":"1.0","method":"tarvo.cmd","id":12})", -32600, 12},
+        {R"({"method":"tarvo.cmd","id":"q"})", -32600, "q"},
+        {R"({"jsonrpc":2.0,"method":"tarvo.cmd","id":3})", -32600, 3},
+        {R"({"jsonrpc":"2.0","id":3})", -32600, 3},
+        {R"({"jsonrpc":"2.0","method":["tarvo.cmd"],"id":3})", -32600, 3},
+        {request_with_id_3 + R"("params":null})", -32600, 3},
+        {request_with_id_3 + R"("params":"bar"})", -32600, 3},
+        {request_with_id_3 + R"("params":false})", -32600, 3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        const JsonRPCParser parser = parsed(c.text.c_str());
+        EXPECT_FALSE(parser.is_empty());
+        EXPECT_FALSE(parser.is_batch());
+        ASSERT_TRUE(parser.has_errors());
+        EXPECT_EQ(parser.error().error_code(), c.code);
+        EXPECT_EQ(wire(parser.error().to_json_string())[QLatin1String("id")], c.id);
     }
 }
 
@@ -130,13 +125,6 @@ TEST(JsonRPCParser, NumericIdPolicy) {
         response.set_result(1);
         EXPECT_TRUE(response.to_json_string().contains(QByteArray("\"id\":") + id))
             << response.to_json_string().constData();
-    }
-    // Beyond 2^53 - 1 an id could be altered on its way back: refused under a null id.
-    for (const char* id : {"9007199254740992", "-9007199254740992", "9007199254740993",
-                           "18446744073709551616", "1e20"}) {
-        const QByteArray text =
-            QByteArray(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":)") + id + "}";
-        expect_single_error(text.constData(), -32600, null_id);
     }
     // Inside a batch the same element is refused and the rest stands.
     const JsonRPCParser batch = parsed(R"([{"jsonrpc":"2.0","method":"a","id":9007199254740993},

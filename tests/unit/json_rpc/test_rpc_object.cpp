@@ -1,6 +1,6 @@
 // Message objects: what they hold, and the text they put on the wire.
 
-#include "TestJson.h"
+#include "../support/TestJson.h"
 #include "json_rpc/RPCObject.h"
 
 #include <gtest/gtest.h>

@@ -46,36 +46,30 @@ TEST_F(ViewTest, GraphicsModeCommandAndFunctionShareOneModeAndEmitOnChangeOnly) 
 }
 
 TEST_F(ViewTest, SwitchCommandsChangeWhatTheQueriesAnswer) {
-    // Defaults of a fresh session.
-    EXPECT_FALSE(TarvoInterface::is_perspective_on());
-    EXPECT_TRUE(TarvoInterface::is_occlusion_on());
-    EXPECT_FALSE(TarvoInterface::is_scale_visibility_on());
-    EXPECT_TRUE(TarvoInterface::is_mesh_visibility_on());
-    EXPECT_TRUE(TarvoInterface::is_geometry_visibility_on());
-    EXPECT_FALSE(TarvoInterface::is_select_partial_on());
-    EXPECT_EQ(TarvoInterface::get_rubberband_shape(), 0);
-
-    run("graphics perspective on");
-    run("graphics occlusion off");
-    run("graphics scale on");
-    run("graphics mesh off");
-    run("graphics geometry off");
-    run("select partial on");
-    run("graphics rubberband circle");
-    EXPECT_TRUE(TarvoInterface::is_perspective_on());
-    EXPECT_FALSE(TarvoInterface::is_occlusion_on());
-    EXPECT_TRUE(TarvoInterface::is_scale_visibility_on());
-    EXPECT_FALSE(TarvoInterface::is_mesh_visibility_on());
-    EXPECT_FALSE(TarvoInterface::is_geometry_visibility_on());
-    EXPECT_TRUE(TarvoInterface::is_select_partial_on());
-    EXPECT_EQ(TarvoInterface::get_rubberband_shape(), 2);
+    const struct {
+        const char* command;
+        bool (*query)();
+        bool by_default;
+    } switches[] = {{"graphics perspective", TarvoInterface::is_perspective_on, false},
+                    {"graphics occlusion", TarvoInterface::is_occlusion_on, true},
+                    {"graphics scale", TarvoInterface::is_scale_visibility_on, false},
+                    {"graphics mesh", TarvoInterface::is_mesh_visibility_on, true},
+                    {"graphics geometry", TarvoInterface::is_geometry_visibility_on, true},
+                    {"select partial", TarvoInterface::is_select_partial_on, false}};
+    for (const auto& s : switches) {
+        const std::string command = s.command;
+        EXPECT_EQ(s.query(), s.by_default) << command;
+        run(command + (s.by_default ? " off" : " on"));
+        EXPECT_EQ(s.query(), !s.by_default) << command;
+        run(command + (s.by_default ? " on" : " off"));
+        EXPECT_EQ(s.query(), s.by_default) << command;
+    }
     EXPECT_TRUE(output->has_line("Perspective is on")) << output->all();
 
-    run("graphics perspective off");
-    run("graphics mesh on");
+    EXPECT_EQ(TarvoInterface::get_rubberband_shape(), 0);
+    run("graphics rubberband circle");
+    EXPECT_EQ(TarvoInterface::get_rubberband_shape(), 2);
     run("graphics rubberband polygon");
-    EXPECT_FALSE(TarvoInterface::is_perspective_on());
-    EXPECT_TRUE(TarvoInterface::is_mesh_visibility_on());
     EXPECT_EQ(TarvoInterface::get_rubberband_shape(), 1);
     // None of this is a graphics-mode or pick-type change.
     EXPECT_TRUE(observer.view_events().empty());
@@ -201,7 +195,7 @@ TEST_F(ViewTest, RefusedInputPrintsOneErrorAndChangesNothing) {
         "draw volume 1 extra",
         "view from 0 0",
         "view up 0 0 0",
-        "view at 0 0 1", // the camera would sit on its focal point
+        "view at 0 0 1" // the camera would sit on its focal point
     };
     int count = TarvoInterface::get_error_count();
     for (const char* line : bad) {

@@ -6,65 +6,19 @@
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
+#include "../support/CapturedOutput.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace view_test {
 
-class CapturingHandler : public TarvoMessageHandler {
-public:
-    void print_message(const char* text) override { add(false, text); }
-    void print_error(const char* text) override { add(true, text); }
-
-    void clear() {
-        std::lock_guard lock(mutex);
-        lines.clear();
-    }
-    std::vector<std::string> starting(const std::string& prefix) {
-        std::lock_guard lock(mutex);
-        std::vector<std::string> out;
-        for (const std::string& l : lines) {
-            if (l.starts_with(prefix)) {
-                out.push_back(l);
-            }
-        }
-        return out;
-    }
-    std::string all() {
-        std::lock_guard lock(mutex);
-        std::string text;
-        for (const std::string& l : lines) {
-            text += l + "\n";
-        }
-        return text;
-    }
-    bool has_line(const std::string& line) {
-        std::lock_guard lock(mutex);
-        return std::find(lines.begin(), lines.end(), line) != lines.end();
-    }
-
-private:
-    void add(bool, const std::string& text) {
-        std::lock_guard lock(mutex);
-        size_t start = 0;
-        while (start < text.size()) {
-            size_t end = text.find('\n', start);
-            if (end == std::string::npos) {
-                end = text.size();
-            }
-            lines.push_back(text.substr(start, end - start));
-            start = end + 1;
-        }
-    }
-    std::mutex mutex;
-    std::vector<std::string> lines;
-};
+using CapturingHandler = test_support::CapturedOutput;
 
 // "highlighted volume 1, surface 3", "graphics_mode_modified", "volume_deleted 2", ...
 class ViewObserver : public TarvoInterface::TIObserve {

@@ -2,11 +2,7 @@
 // wrapper whose argument names agree with its function.
 #include "MethodTestSupport.h"
 
-#include "json_rpc/RPCObject.h"
-
 #include <QSet>
-
-#include <optional>
 
 TEST(MethodTable, HasTheWholeSurfaceOnceEach) {
     const auto& names = TarvoRPCRequestHandler::method_names();
@@ -42,27 +38,4 @@ TEST(MethodTable, MatchesTheLastSectionExactly) {
         std::unique_ptr<RPCMethodWrapper> wrapper(handler.create_method(unknown));
         EXPECT_FALSE(wrapper) << '"' << unknown << '"';
     }
-}
-
-TEST(MethodTable, PrefixedAndBareNamesAnswerAlike) {
-    TarvoRPCRequestHandler handler;
-    std::optional<QJsonValue> first;
-    for (const char* name : {"get_version", "tarvo.get_version", "x.y.get_version"}) {
-        RPCRequest request{QString::fromLatin1(name)};
-        request.set_id(7);
-        const RPCResponse response = handler.exec(request);
-        ASSERT_FALSE(response.is_error()) << name;
-        ASSERT_TRUE(response.result().isString()) << name;
-        if (!first)
-            first = response.result();
-        EXPECT_EQ(response.result(), *first) << name;
-    }
-}
-
-TEST(MethodTable, UnknownMethodIsTheLibraryError) {
-    TarvoRPCRequestHandler handler;
-    RPCRequest request{"tarvo.Get_Version"};
-    request.set_id(1);
-    const RPCResponse response = handler.exec(request);
-    EXPECT_EQ(response.error_code(), static_cast<int>(json_rpc::ErrorCode::MethodNotFound));
 }

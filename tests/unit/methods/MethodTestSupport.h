@@ -6,10 +6,7 @@
 #include "tarvo/KernelCoverage.h"
 #include "tarvo_util/TarvoMessage.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QJsonValue>
+#include "../support/TestJson.h"
 
 #include <gtest/gtest.h>
 
@@ -18,16 +15,6 @@
 #include <mutex>
 #include <string>
 #include <vector>
-
-// Any JSON value written as text; Undefined when the text is no JSON.
-inline QJsonValue json(const char* text) {
-    QJsonParseError error{};
-    const QJsonDocument document =
-        QJsonDocument::fromJson(QByteArray("[") + text + QByteArray("]"), &error);
-    if (error.error != QJsonParseError::NoError || document.array().size() != 1)
-        return QJsonValue(QJsonValue::Undefined);
-    return document.array().at(0);
-}
 
 inline std::unique_ptr<RPCMethodWrapper> wrapper_for(const char* method) {
     TarvoRPCRequestHandler handler;

@@ -1,9 +1,9 @@
 // The records of volume, surface, curve and vertex monitors, read from a real model.
 
-#include "KernelSession.h"
 #include "KernelFeatures.h"
+#include "KernelSession.h"
 
-#include "JsonPrinting.h"
+#include "MonitorTestSupport.h"
 
 #include "monitors/EntityMonitor.h"
 #include "monitors/GeometryMonitor.h"
@@ -17,21 +17,6 @@
 #include <set>
 
 namespace {
-
-std::set<QString> keys_of(const QJsonObject& object) {
-    const QStringList keys = object.keys();
-    return {keys.begin(), keys.end()};
-}
-
-std::string dump(const QJsonObject& object) {
-    return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
-}
-
-MonitorSelection watching(int code, int id) {
-    MonitorSelection selection;
-    selection["entity"].insert({code, id});
-    return selection;
-}
 
 // A monitor as a follow-up task builds it: fresh, reporting in full.
 template <typename Monitor> std::unique_ptr<Monitor> first_data(int id) {

@@ -1,9 +1,9 @@
 // The model tree: which sections a task rebuilds and sends, and what they hold for a real model.
 
-#include "KernelSession.h"
 #include "KernelFeatures.h"
+#include "KernelSession.h"
 
-#include "JsonPrinting.h"
+#include "MonitorTestSupport.h"
 
 #include "monitors/ModelMonitor.h"
 
@@ -22,18 +22,17 @@ MonitorSelection watching_model() {
     return selection;
 }
 
-std::set<QString> keys_of(const QJsonObject& object) {
-    const QStringList keys = object.keys();
-    return {keys.begin(), keys.end()};
-}
-
-std::string dump(const QJsonObject& object) {
-    return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
-}
-
 class ModelMonitorTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(run_command("reset")); }
+
+    // The sections a task rebuilds after `flag` was raised, read from the kernel's model.
+    static QJsonObject sections_after(void (ModelMonitor::*flag)()) {
+        ModelMonitor monitor;
+        (monitor.*flag)();
+        monitor.update();
+        return monitor.model_sections();
+    }
 };
 
 TEST_F(ModelMonitorTest, FirstMessageOfAnEmptyModelHoldsEverySectionEmpty) {
@@ -62,25 +61,17 @@ TEST_F(ModelMonitorTest, ATaskWithoutEventsSendsNothing) {
 }
 
 TEST_F(ModelMonitorTest, OnlyFlaggedSectionsAreRebuiltAndSent) {
-    ModelMonitor groups_only;
-    groups_only.set_groups_changed();
-    groups_only.update();
-    EXPECT_EQ(keys_of(groups_only.model_sections()), std::set<QString>{"groups"});
-
-    ModelMonitor sets_and_layers;
-    sets_and_layers.set_exodus_changed();
-    sets_and_layers.set_boundary_layers_changed();
-    sets_and_layers.update();
-    EXPECT_EQ(keys_of(sets_and_layers.model_sections()),
-              (std::set<QString>{"blocks", "sidesets", "nodesets", "boundary_layers"}));
-
-    ModelMonitor bcs;
-    bcs.set_fea_bcs_changed();
-    bcs.set_cfd_bcs_changed();
-    bcs.set_materials_changed();
-    bcs.update();
-    EXPECT_EQ(keys_of(bcs.model_sections()),
-              (std::set<QString>{"fea_bcs", "cfd_bcs", "materials"}));
+    using M = ModelMonitor;
+    const std::vector<std::pair<void (M::*)(), std::set<QString>>> cases = {
+        {&M::set_geometry_changed, {"volume", "surface", "curve", "vertex", "bodies"}},
+        {&M::set_groups_changed, {"groups"}},
+        {&M::set_exodus_changed, {"blocks", "sidesets", "nodesets"}},
+        {&M::set_boundary_layers_changed, {"boundary_layers"}},
+        {&M::set_fea_bcs_changed, {"fea_bcs"}},
+        {&M::set_cfd_bcs_changed, {"cfd_bcs"}},
+        {&M::set_materials_changed, {"materials"}}};
+    for (const auto& [flag, sections] : cases)
+        EXPECT_EQ(keys_of(sections_after(flag)), sections);
 }
 
 TEST_F(ModelMonitorTest, ClientsWithoutTheModelKeyGetNothing) {
@@ -105,10 +96,7 @@ TEST(CfdBcCode, KindNamesMapToBoundaryConditionTypes) {
 
 TEST_F(ModelMonitorTest, VolumesAndBodiesOfASolid) {
     ASSERT_TRUE(run_command("create box 10"));
-    ModelMonitor monitor;
-    monitor.set_geometry_changed();
-    monitor.update();
-    const QJsonObject model = monitor.model_sections();
+    const QJsonObject model = sections_after(&ModelMonitor::set_geometry_changed);
 
     ASSERT_EQ(model.value("volume").toArray().size(), 1) << dump(model);
     const QJsonObject volume = model.value("volume").toArray()[0].toObject();
@@ -133,10 +121,7 @@ TEST_F(ModelMonitorTest, VolumesAndBodiesOfASolid) {
 
 TEST_F(ModelMonitorTest, FreeSurfaceNestsItsCurvesAndTheirVertices) {
     ASSERT_TRUE(run_command("create surface rectangle width 2 height 1"));
-    ModelMonitor monitor;
-    monitor.set_geometry_changed();
-    monitor.update();
-    const QJsonObject model = monitor.model_sections();
+    const QJsonObject model = sections_after(&ModelMonitor::set_geometry_changed);
 
     const QJsonArray surfaces = model.value("surface").toArray();
     ASSERT_EQ(surfaces.size(), 1) << dump(model);
@@ -162,12 +147,9 @@ TEST_F(ModelMonitorTest, GroupsListTheirMembersWithoutExpandingSubgroups) {
     ASSERT_TRUE(run_command("group 'inner' add volume 1"));
     ASSERT_TRUE(run_command("create group 'outer'"));
     ASSERT_TRUE(run_command("group 'outer' add group 1"));
-    ModelMonitor monitor;
-    monitor.set_groups_changed();
-    monitor.update();
-
-    const QJsonArray groups = monitor.model_sections().value("groups").toArray();
-    ASSERT_EQ(groups.size(), 2) << dump(monitor.model_sections());
+    const QJsonObject model = sections_after(&ModelMonitor::set_groups_changed);
+    const QJsonArray groups = model.value("groups").toArray();
+    ASSERT_EQ(groups.size(), 2) << dump(model);
     const QJsonObject inner = groups[0].toObject();
     const QJsonObject outer = groups[1].toObject();
     EXPECT_EQ(inner.value("name"), "inner");

@@ -1,6 +1,6 @@
 // The event table and the delivery of event records to the clients that selected them.
 
-#include "JsonPrinting.h"
+#include "MonitorTestSupport.h"
 
 #include "monitors/TIObserveMonitor.h"
 
@@ -64,17 +64,6 @@ TEST(EventTable, UnknownNamesAndCodesAreInvalid) {
         EXPECT_EQ(TIObserveMonitor::event_code_from_name(name), 90) << name;
     EXPECT_TRUE(TIObserveMonitor::event_name_from_code(90).isEmpty());
     EXPECT_TRUE(TIObserveMonitor::event_name_from_code(-1).isEmpty());
-}
-
-TEST(TIObserveMonitor, RecordsOnlySelectedEvents) {
-    TIObserveMonitor monitor({11});
-    EXPECT_EQ(monitor.add_event(12), nullptr);
-    QJsonObject* record = monitor.add_event(11);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(*record, (QJsonObject{{"event_name", "volume_created"}}));
-    record->insert("id", 4);
-    ASSERT_EQ(monitor.event_records().size(), 1u);
-    EXPECT_EQ(monitor.event_records()[0].second.value("id"), 4);
 }
 
 TEST(TIObserveMonitor, EachClientGetsItsOwnEventsInOneMessage) {

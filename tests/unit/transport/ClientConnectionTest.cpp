@@ -193,12 +193,6 @@ TEST_F(ClientConnectionTest, NotificationsAndBinaryMessagesLeaveAtOnce) {
     EXPECT_TRUE(binary[1].isEmpty());
 }
 
-TEST_F(ClientConnectionTest, BinaryFromTheClientIsIgnored) {
-    client.receive_binary_message(QByteArray("{\"jsonrpc\":\"2.0\",\"method\":\"a\",\"id\":1}"));
-    EXPECT_TRUE(router.requests.empty());
-    EXPECT_TRUE(frames.empty());
-}
-
 TEST(LogMessage, BlockHasATimeStampLineIndentedTextAndAnEmptyLine) {
     std::string text;
     {
@@ -209,33 +203,6 @@ TEST(LogMessage, BlockHasATimeStampLineIndentedTextAndAnEmptyLine) {
     const QRegularExpression block(
         R"(^\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\n  first\n  second\n\n$)");
     EXPECT_TRUE(block.match(QString::fromStdString(text)).hasMatch()) << text;
-}
-
-TEST(LogMessage, IncomingFramesAreLoggedWithDebugJson) {
-    FakeRouter router;
-    ClientConnection quiet(false);
-    ClientConnection verbose(true);
-    router.add_client(&quiet);
-    router.add_client(&verbose);
-    const QString frame = R"({"jsonrpc":"2.0","method":"a","id":1})";
-
-    std::string quiet_log;
-    std::string verbose_log;
-    {
-        CoutCapture capture;
-        quiet.receive_text_message(frame);
-        quiet_log = capture.text();
-    }
-    {
-        CoutCapture capture;
-        verbose.receive_text_message(frame);
-        verbose_log = capture.text();
-    }
-    EXPECT_EQ(quiet_log, "");
-    const QRegularExpression block(
-        R"(^\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\n  -> \{"jsonrpc":"2.0","method":"a","id":1\}\n\n$)");
-    EXPECT_TRUE(block.match(QString::fromStdString(verbose_log)).hasMatch()) << verbose_log;
-    EXPECT_EQ(router.requests.size(), 2u);
 }
 
 } // namespace

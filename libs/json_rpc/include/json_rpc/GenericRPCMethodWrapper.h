@@ -2,13 +2,13 @@
 // A wrapper made from a callable and the names of its parameters: one template serves every
 // method whose shape is "named inputs, then outputs filled by reference".
 //
-//   GenericRPCMethodWrapper<R(Args...)>(callable, {param specs, one per argument})
+//   GenericRPCMethodWrapper<R(Args...)>(callable, {parameter descriptions, one per argument})
 //
 // The argument kinds are told apart by type:
-//   - a value or const reference argument is an input, read from params under its spec's name;
-//     its spec may carry a default, which makes it optional (the default is converted by the
+//   - a value or const reference argument is an input, read from params under its parameter's name;
+//     its description may carry a default, which makes it optional (the default is converted by the
 //     same rule, so a default can never bypass the type check);
-//   - a non-const lvalue reference argument is an output; its spec's name is the result key.
+//   - a non-const lvalue reference argument is an output; its parameter's name is the result key.
 // Result: without outputs, the return value converted by to_json (Null for void). With outputs,
 // an object holding "return" (unless void) and every output under its key.
 //
@@ -64,15 +64,15 @@ class GenericRPCMethodWrapper<R(Args...)> : public RPCMethodWrapper {
 public:
     using Function = std::function<R(Args...)>;
 
-    // One spec per argument, in argument order. A table whose spec count does not match its
-    // function is a programming error: the constructor throws std::invalid_argument, which
+    // One parameter description per argument, in argument order. A list whose length differs from
+    // its function is a programming error: the constructor throws std::invalid_argument, which
     // RPCRequestHandler::exec reports as Internal error instead of reading past the list.
-    GenericRPCMethodWrapper(Function function, std::vector<json_rpc::ParamSpec> specs)
-        : function(std::move(function)), specs(std::move(specs)) {
-        if (this->specs.size() != sizeof...(Args))
+    GenericRPCMethodWrapper(Function function, std::vector<json_rpc::ParamSpec> parameters)
+        : function(std::move(function)), parameters(std::move(parameters)) {
+        if (this->parameters.size() != sizeof...(Args))
             throw std::invalid_argument(
-                "GenericRPCMethodWrapper: " + std::to_string(this->specs.size()) +
-                " parameter specs for " + std::to_string(sizeof...(Args)) + " arguments");
+                "GenericRPCMethodWrapper: " + std::to_string(this->parameters.size()) +
+                " parameter descriptions for " + std::to_string(sizeof...(Args)) + " arguments");
         if (!this->function)
             throw std::invalid_argument("GenericRPCMethodWrapper: no function");
     }
@@ -89,11 +89,11 @@ public:
         for (size_t i = 0; i < sizeof...(Args); ++i) {
             if (is_output[i])
                 continue;
-            const auto it = object.constFind(specs[i].name);
+            const auto it = object.constFind(parameters[i].name);
             if (it != object.constEnd())
                 values[i] = *it;
-            else if (specs[i].default_value)
-                values[i] = *specs[i].default_value;
+            else if (parameters[i].default_value)
+                values[i] = *parameters[i].default_value;
             else
                 return false;
         }
@@ -146,11 +146,11 @@ private:
     template <size_t I> void store_output(QJsonObject& result) {
         if constexpr (json_rpc::is_output_v<std::tuple_element_t<I, std::tuple<Args...>>>) {
             using json_rpc::to_json;
-            result.insert(specs[I].name, to_json(std::get<I>(arguments)));
+            result.insert(parameters[I].name, to_json(std::get<I>(arguments)));
         }
     }
 
     Function function;
-    std::vector<json_rpc::ParamSpec> specs;
+    std::vector<json_rpc::ParamSpec> parameters;
     std::tuple<json_rpc::storage_t<Args>...> arguments{};
 };

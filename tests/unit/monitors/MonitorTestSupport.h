@@ -1,12 +1,17 @@
 #pragma once
-// Readable failure messages for Qt's JSON values in GoogleTest expectations (found by ADL).
+// Helpers of the monitor tests: readable failure messages for Qt's JSON values in GoogleTest
+// expectations (PrintTo, found by ADL), the keys and text of a JSON object, and selections.
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 
+#include "monitors/MonitorSelection.h"
+
 #include <ostream>
+#include <set>
+#include <string>
 
 inline void PrintTo(const QJsonObject& object, std::ostream* out) {
     *out << QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
@@ -29,4 +34,20 @@ inline void PrintTo(const QJsonValue& value, std::ostream* out) {
         *out << value.toDouble();
     else
         *out << (value.isNull() ? "null" : "undefined");
+}
+
+inline std::set<QString> keys_of(const QJsonObject& object) {
+    const QStringList keys = object.keys();
+    return {keys.begin(), keys.end()};
+}
+
+inline std::string dump(const QJsonObject& object) {
+    return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
+}
+
+// A client's selection of one entity monitor.
+inline MonitorSelection watching(int code, int id) {
+    MonitorSelection selection;
+    selection["entity"].insert({code, id});
+    return selection;
 }

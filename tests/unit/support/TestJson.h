@@ -1,5 +1,5 @@
 #pragma once
-// Small helpers shared by the json_rpc tests: JSON literals written as text.
+// JSON literals written as text, for tests that look at JSON-RPC messages.
 
 #include <QJsonArray>
 #include <QJsonDocument>
