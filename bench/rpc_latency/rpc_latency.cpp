@@ -10,12 +10,16 @@
 // Two measurements per target:
 //   sequential  one request in flight at a time; latency of each round trip after a warm-up
 //   pipelined   all requests written at once; replies per second until the last one is back
-// Both targets pay the same client-side costs (building the text, parsing every reply).
+// Both targets pay the same client-side costs (building the text, parsing every reply), and
+// both run with TCP_NODELAY on each side; the output says so, and gives the load average, which
+// moves the numbers more than anything else on a shared machine.
 
+#include <QAbstractSocket>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QFileInfo>
 #include <QHostAddress>
 #include <QJsonDocument>
@@ -29,6 +33,7 @@
 #include <QWebSocketServer>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -54,6 +59,35 @@ std::optional<Reply> read_reply(const QString& message) {
     return Reply{id->toInteger(-1), object.contains(QLatin1String("error"))};
 }
 
+// The TCP socket under a QWebSocket, which Qt doesn't expose: a child of the QWebSocket on the
+// client side, a child of the listener on the accepting side (Qt 6.4). Recognised by its ports.
+QAbstractSocket* tcp_socket_of(const QWebSocket* socket, const QObject* listener) {
+    for (const QObject* owner : {static_cast<const QObject*>(socket), listener}) {
+        if (owner == nullptr)
+            continue;
+        for (QAbstractSocket* tcp : owner->findChildren<QAbstractSocket*>()) {
+            if (tcp->localPort() == socket->localPort() && tcp->peerPort() == socket->peerPort())
+                return tcp;
+        }
+    }
+    return nullptr;
+}
+
+// "on", "off", or "unknown" when the TCP socket can't be found.
+const char* low_delay_text(QAbstractSocket* tcp) {
+    if (tcp == nullptr)
+        return "unknown";
+    return tcp->socketOption(QAbstractSocket::LowDelayOption).toInt() == 1 ? "on" : "off";
+}
+
+// The 1-minute load average, to be read next to every result: the numbers move with it.
+QString load_average() {
+    QFile file(QStringLiteral("/proc/loadavg"));
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("?");
+    return QString::fromLatin1(file.readLine()).section(QLatin1Char(' '), 0, 2);
+}
+
 // A plain WebSocket echo on a thread of its own, so that client and server each run their own
 // event loop, as they do against the real process.
 class EchoServer {
@@ -70,8 +104,14 @@ public:
                                                     QWebSocketServer::NonSecureMode, anchor);
                 if (!server->listen(QHostAddress::LocalHost, 0))
                     return quint16(0);
-                QObject::connect(server, &QWebSocketServer::newConnection, server, [server] {
+                QObject::connect(server, &QWebSocketServer::newConnection, server, [this, server] {
                     while (QWebSocket* socket = server->nextPendingConnection()) {
+                        // As tarvo_server does on every accepted socket: without it the floor
+                        // would pay Nagle's algorithm where the server doesn't.
+                        QAbstractSocket* tcp = tcp_socket_of(socket, server);
+                        if (tcp != nullptr)
+                            tcp->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+                        accepted_low_delay = low_delay_text(tcp);
                         QObject::connect(
                             socket, &QWebSocket::textMessageReceived, socket,
                             [socket](const QString& message) { socket->sendTextMessage(message); });
@@ -92,8 +132,11 @@ public:
     }
 
     quint16 port() const { return listening_port; }
+    // TCP_NODELAY of the last accepted socket, as the echo thread read it back.
+    const char* low_delay() const { return accepted_low_delay.load(); }
 
 private:
+    std::atomic<const char*> accepted_low_delay{"unknown"};
     QThread thread;
     QObject* anchor = nullptr; // lives on `thread`; parent of the listener and its sockets
     quint16 listening_port = 0;
@@ -185,6 +228,7 @@ struct Result {
     int pipelined_sent = 0;
     int pipelined_received = 0;
     double pipelined_seconds = 0;
+    const char* client_low_delay = "unknown"; // TCP_NODELAY on the bench's own socket
     QString failure;
 };
 
@@ -264,6 +308,7 @@ Result measure(quint16 port, int warmup, int calls, int pipelined, int timeout_m
             QStringLiteral("cannot connect to port %1: %2").arg(port).arg(socket.errorString());
         return result;
     }
+    result.client_low_delay = low_delay_text(tcp_socket_of(&socket, nullptr));
     run_sequential(socket, warmup, calls, timeout_ms, result);
     if (!result.sequential_complete)
         result.failure = QStringLiteral("sequential phase stopped after %1 of %2 replies")
@@ -357,10 +402,12 @@ int main(int argc, char* argv[]) {
 
     std::printf("tarvo.get_version: %d sequential calls after %d warm-up, %d pipelined\n", calls,
                 warmup, pipelined);
+    std::printf("load average at start: %s\n", qPrintable(load_average()));
     std::printf("%-13s %7s %9s %9s %9s %10s %13s %13s\n", "target", "calls", "p50_us", "p90_us",
                 "p99_us", "max_us", "pipelined/s", "replies");
 
     Result echo_result;
+    const char* echo_low_delay = "unknown";
     {
         EchoServer echo;
         if (echo.port() == 0) {
@@ -368,8 +415,11 @@ int main(int argc, char* argv[]) {
             return 1;
         }
         echo_result = measure(echo.port(), warmup, calls, pipelined, timeout_ms);
+        echo_low_delay = echo.low_delay();
     }
     const Summary echo = print_row("echo", echo_result);
+    std::printf("  TCP_NODELAY: client %s, echo server %s\n", echo_result.client_low_delay,
+                echo_low_delay);
 
     if (options.isSet(echo_only_option) || server_path.isEmpty()) {
         std::printf("tarvo_server: not measured (%s)\n",
@@ -388,7 +438,10 @@ int main(int argc, char* argv[]) {
     if (!server_result.failure.isEmpty() && !server.exit_text().isEmpty())
         server_result.failure += QStringLiteral(" (%1)").arg(server.exit_text());
     const Summary tarvo = print_row("tarvo_server", server_result);
+    std::printf("  TCP_NODELAY: client %s (the server sets it on every accepted socket)\n",
+                server_result.client_low_delay);
 
+    std::printf("load average at end: %s\n", qPrintable(load_average()));
     std::printf("ratio p50(tarvo_server)/p50(echo): %.2f\n", tarvo.p50 / echo.p50);
     std::printf("ratio pipelined(echo)/pipelined(tarvo_server): %.2f\n", echo.rate / tarvo.rate);
     return echo_result.failure.isEmpty() && server_result.failure.isEmpty() ? 0 : 1;

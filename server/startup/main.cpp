@@ -23,6 +23,12 @@ int main(int argc, char* argv[]) {
 
     run_opengl_check();
 
+    // Qt's own event dispatcher rather than GLib's: nothing in this process needs a GLib main
+    // loop, and every request passes the main loop several times, which Qt's poll loop does for
+    // less. Whoever sets the variable still decides.
+    if (!qEnvironmentVariableIsSet("QT_NO_GLIB"))
+        qputenv("QT_NO_GLIB", "1");
+
     QCoreApplication app(argc, argv);
 
     ServerCommandLineParser parser;
