@@ -44,6 +44,7 @@
 #include <cctype>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 
@@ -84,6 +85,22 @@ TopoDS_Shape shape_of(const std::string& type, int id, GeomKind* kind_out = null
     if (kind_out)
         *kind_out = *kind;
     return m->shape(*kind, id);
+}
+
+// The kind of (type, id) when that entity exists.
+std::optional<GeomKind> existing_kind(const std::string& type, int id) {
+    const GeometryModel* m = model();
+    auto kind = tarvo::kernel::parse_kind(type);
+    if (!m || !kind || !m->exists(*kind, id))
+        return std::nullopt;
+    return kind;
+}
+
+// Boxes and measures come from the model, which keeps them per body: monitors ask for them
+// after every task.
+Bnd_Box box_of(const std::string& type, int id) {
+    auto kind = existing_kind(type, id);
+    return kind ? model()->bounding_box(*kind, id) : Bnd_Box();
 }
 
 TopoDS_Shape shape_of(GeomKind kind, int id) {
@@ -145,18 +162,6 @@ std::string surface_type_name(GeomAbs_SurfaceType t) {
     return "Unknown";
 }
 
-Bnd_Box box_of(const TopoDS_Shape& s) {
-    Bnd_Box box;
-    if (s.IsNull())
-        return box;
-    if (s.ShapeType() == TopAbs_VERTEX) {
-        box.Add(BRep_Tool::Pnt(TopoDS::Vertex(s)));
-        return box;
-    }
-    BRepBndLib::AddOptimal(s, box, false, false);
-    return box;
-}
-
 std::array<double, 10> box_numbers(const Bnd_Box& box) {
     std::array<double, 10> out{};
     if (box.IsVoid())
@@ -166,23 +171,6 @@ std::array<double, 10> box_numbers(const Bnd_Box& box) {
     out = {x0, x1, x1 - x0, y0, y1, y1 - y0, z0, z1, z1 - z0, 0};
     out[9] = std::sqrt(out[2] * out[2] + out[5] * out[5] + out[8] * out[8]);
     return out;
-}
-
-double length_of(const TopoDS_Shape& edge) {
-    BRepAdaptor_Curve c(TopoDS::Edge(edge));
-    return GCPnts_AbscissaPoint::Length(c);
-}
-
-double area_of(const TopoDS_Shape& s) {
-    GProp_GProps p;
-    BRepGProp::SurfaceProperties(s, p);
-    return p.Mass();
-}
-
-double volume_of(const TopoDS_Shape& s) {
-    GProp_GProps p;
-    BRepGProp::VolumeProperties(s, p);
-    return std::abs(p.Mass());
 }
 
 std::vector<int> rel(GeomKind source, int id, GeomKind target) {
@@ -356,13 +344,10 @@ std::string get_surface_type(int surface_id) {
 
 std::array<double, 3> get_surface_centroid(int surface_id) {
     return query("get_surface_centroid", std::array<double, 3>{}, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Surface, surface_id);
-        if (s.IsNull())
+        if (!model() || !model()->exists(GeomKind::Surface, surface_id))
             return std::array<double, 3>{};
-        GProp_GProps p;
-        BRepGProp::SurfaceProperties(s, p);
-        gp_Pnt c = p.CentreOfMass();
-        return std::array<double, 3>{c.X(), c.Y(), c.Z()};
+        const auto a = model()->area_measure(GeomKind::Surface, surface_id);
+        return std::array<double, 3>{a[1], a[2], a[3]};
     });
 }
 
@@ -422,7 +407,7 @@ std::string get_default_geometry_engine() {
 
 std::array<double, 10> get_bounding_box(const std::string& geometry_type, int entity_id) {
     return query("get_bounding_box", std::array<double, 10>{},
-                 [&] { return box_numbers(box_of(shape_of(geometry_type, entity_id))); });
+                 [&] { return box_numbers(box_of(geometry_type, entity_id)); });
 }
 
 std::array<double, 10> get_total_bounding_box(const std::string& geometry_type,
@@ -430,7 +415,7 @@ std::array<double, 10> get_total_bounding_box(const std::string& geometry_type,
     return query("get_total_bounding_box", std::array<double, 10>{}, [&] {
         Bnd_Box total;
         for (int id : entity_list) {
-            Bnd_Box b = box_of(shape_of(geometry_type, id));
+            Bnd_Box b = box_of(geometry_type, id);
             if (!b.IsVoid())
                 total.Add(b);
         }
@@ -479,9 +464,8 @@ double get_total_volume(const std::vector<int>& volume_list) {
         double total = 0;
         std::set<int> seen;
         for (int id : volume_list) {
-            TopoDS_Shape s = shape_of(GeomKind::Volume, id);
-            if (!s.IsNull() && seen.insert(id).second)
-                total += volume_of(s);
+            if (model() && model()->exists(GeomKind::Volume, id) && seen.insert(id).second)
+                total += model()->volume_measure(GeomKind::Volume, id);
         }
         return total;
     });
@@ -669,13 +653,9 @@ std::vector<int> get_entities(const std::string& entity_type) {
 std::vector<int> get_list_of_free_ref_entities(const std::string& geometry_type) {
     return query("get_list_of_free_ref_entities", std::vector<int>{}, [&] {
         auto kind = tarvo::kernel::parse_kind(geometry_type);
-        std::vector<int> out;
-        if (!kind || !model() || *kind == GeomKind::Volume || *kind == GeomKind::Body)
-            return out;
-        for (int id : model()->ids(*kind))
-            if (model()->relatives(*kind, id, GeomKind::Volume).empty())
-                out.push_back(id);
-        return out;
+        if (!kind || !model())
+            return std::vector<int>{};
+        return model()->ids_outside_volumes(*kind);
     });
 }
 
@@ -718,10 +698,8 @@ int get_owning_volume_by_name(const std::string& entity_name) {
 }
 
 double get_curve_length(int curve_id) {
-    return query("get_curve_length", 0.0, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Curve, curve_id);
-        return s.IsNull() ? 0.0 : length_of(s);
-    });
+    return query("get_curve_length", 0.0,
+                 [&] { return model() ? model()->curve_length(curve_id) : 0.0; });
 }
 
 double get_arc_length(int curve_id) {
@@ -787,49 +765,44 @@ std::array<double, 3> get_curve_center(int curve_id) {
 
 double get_surface_area(int surface_id) {
     return query("get_surface_area", 0.0, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Surface, surface_id);
-        return s.IsNull() ? 0.0 : area_of(s);
+        return model() ? model()->area_measure(GeomKind::Surface, surface_id)[0] : 0.0;
     });
 }
 
 double get_volume_area(int volume_id) {
     return query("get_volume_area", 0.0, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Volume, volume_id);
-        return s.IsNull() ? 0.0 : volume_of(s);
+        return model() ? model()->volume_measure(GeomKind::Volume, volume_id) : 0.0;
     });
 }
 
 double get_hydraulic_radius_surface_area(int surface_id) {
     return query("get_hydraulic_radius_surface_area", 0.0, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Surface, surface_id);
-        if (s.IsNull())
+        if (!model() || !model()->exists(GeomKind::Surface, surface_id))
             return 0.0;
+        // The curves of a surface are its edges but the degenerate ones.
         double perimeter = 0;
-        TopTools_IndexedMapOfShape edges;
-        TopExp::MapShapes(s, TopAbs_EDGE, edges);
-        for (int i = 1; i <= edges.Extent(); ++i)
-            if (!BRep_Tool::Degenerated(TopoDS::Edge(edges(i))))
-                perimeter += length_of(edges(i));
-        return perimeter > 0 ? 2 * area_of(s) / perimeter : 0.0;
+        for (int c : rel(GeomKind::Surface, surface_id, GeomKind::Curve))
+            perimeter += model()->curve_length(c);
+        const double area = model()->area_measure(GeomKind::Surface, surface_id)[0];
+        return perimeter > 0 ? 2 * area / perimeter : 0.0;
     });
 }
 
 double get_hydraulic_radius_volume_area(int volume_id) {
     return query("get_hydraulic_radius_volume_area", 0.0, [&] {
-        TopoDS_Shape s = shape_of(GeomKind::Volume, volume_id);
-        if (s.IsNull())
+        if (!model() || !model()->exists(GeomKind::Volume, volume_id))
             return 0.0;
-        const double a = area_of(s);
-        return a > 0 ? 3 * volume_of(s) / a : 0.0;
+        const double a = model()->area_measure(GeomKind::Volume, volume_id)[0];
+        return a > 0 ? 3 * model()->volume_measure(GeomKind::Volume, volume_id) / a : 0.0;
     });
 }
 
 std::array<double, 3> get_center_point(const std::string& entity_type, int entity_id) {
     return query("get_center_point", std::array<double, 3>{}, [&] {
-        TopoDS_Shape s = shape_of(entity_type, entity_id);
-        if (s.IsNull())
+        const auto kind = existing_kind(entity_type, entity_id);
+        if (!kind)
             return std::array<double, 3>{};
-        auto b = box_numbers(box_of(s));
+        const auto b = box_numbers(model()->bounding_box(*kind, entity_id));
         return std::array<double, 3>{(b[0] + b[1]) / 2, (b[3] + b[4]) / 2, (b[6] + b[7]) / 2};
     });
 }

@@ -1,5 +1,7 @@
 #include "geometry/GeometryModel.h"
 
+#include "geometry/GeometryMemo.h"
+
 #include <BRep_Tool.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
@@ -10,6 +12,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <set>
 
 namespace tarvo::kernel {
@@ -221,10 +224,14 @@ std::shared_ptr<Body> GeometryModel::make_body(int body_id, const TopoDS_Shape& 
 void GeometryModel::index_add(const Body& body) {
     for (GeomKind kind : kSubKinds) {
         auto& idx = index_[static_cast<int>(kind)];
-        for (const IdShape& e : body.of(kind)) {
-            IndexEntry& entry = idx[e.id];
-            if (entry.bodies.empty())
-                entry.shape = e.shape;
+        const auto& items = body.of(kind);
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            IndexEntry& entry = idx[items[i].id];
+            if (entry.bodies.empty()) {
+                entry.shape = items[i].shape;
+                entry.holder = &body;
+                entry.position = i;
+            }
             entry.bodies.push_back(body.id);
         }
     }
@@ -239,15 +246,20 @@ void GeometryModel::index_remove(const Body& body) {
                 continue;
             auto& b = it->second.bodies;
             b.erase(std::remove(b.begin(), b.end(), body.id), b.end());
+            if (it->second.holder == &body)
+                it->second.holder = nullptr; // never left pointing at a body that may go
             if (b.empty()) {
                 idx.erase(it);
             } else if (it->second.shape.IsSame(e.shape)) {
                 // Keep the entry's shape pointing at a body that still holds it.
                 BodyPtr other = this->body(b.front());
                 if (other) {
-                    for (const IdShape& o : other->of(kind))
-                        if (o.id == e.id) {
-                            it->second.shape = o.shape;
+                    const auto& items = other->of(kind);
+                    for (std::size_t i = 0; i < items.size(); ++i)
+                        if (items[i].id == e.id) {
+                            it->second.shape = items[i].shape;
+                            it->second.holder = other.get();
+                            it->second.position = i;
                             break;
                         }
                 }
@@ -382,46 +394,68 @@ int GeometryModel::id_of(GeomKind kind, const TopoDS_Shape& s) const {
     return 0;
 }
 
+const Body* GeometryModel::holder(GeomKind kind, int id, std::size_t& position) const {
+    if (kind == GeomKind::Body) {
+        auto it = state_.bodies.find(id);
+        position = 0;
+        return it == state_.bodies.end() ? nullptr : it->second.get();
+    }
+    const auto& idx = index_[static_cast<int>(kind)];
+    auto it = idx.find(id);
+    if (it == idx.end())
+        return nullptr;
+    // The index's shape is the view of the first body that holds the entity; that body answers.
+    if (const Body* h = it->second.holder;
+        h && h->of(kind)[it->second.position].shape.IsEqual(it->second.shape)) {
+        position = it->second.position;
+        return h;
+    }
+    for (int bid : it->second.bodies) {
+        const Body* b = body(bid).get();
+        if (!b)
+            continue;
+        if (auto at = b->memo.of(*b).position(kind, id);
+            at && b->of(kind)[*at].shape.IsEqual(it->second.shape)) {
+            position = *at;
+            return b;
+        }
+    }
+    return nullptr;
+}
+
 std::vector<int> GeometryModel::relatives(GeomKind source, int id, GeomKind target) const {
-    std::set<int> out;
     if (!exists(source, id))
         return {};
-    if (source == target) {
+    if (source == target)
         return {id};
-    }
     if (source == GeomKind::Body) {
-        BodyPtr b = body(id);
-        for (const IdShape& e : b->of(target))
-            out.insert(e.id);
-        return {out.begin(), out.end()};
+        const Body& b = *body(id);
+        return b.memo.of(b).sorted_ids(target);
     }
-    if (target == GeomKind::Body) {
+    if (target == GeomKind::Body)
         return bodies_of(source, id);
-    }
-    const TopoDS_Shape src = shape(source, id);
-    if (kind_dimension(target) < kind_dimension(source)) {
-        // Downward: the pieces of this entity, named as any body that holds it names them.
-        for (int bid : bodies_of(source, id)) {
-            BodyPtr b = body(bid);
-            TopTools_IndexedMapOfShape inside;
-            TopExp::MapShapes(src, shape_enum(target), inside);
-            for (const IdShape& e : b->of(target))
-                if (inside.Contains(e.shape))
-                    out.insert(e.id);
-        }
-    } else {
-        // Upward: the entities of the holding bodies that contain this one.
-        for (int bid : bodies_of(source, id)) {
-            BodyPtr b = body(bid);
-            for (const IdShape& e : b->of(target)) {
-                TopTools_IndexedMapOfShape inside;
-                TopExp::MapShapes(e.shape, shape_enum(source), inside);
-                if (inside.Contains(src))
-                    out.insert(e.id);
-            }
+    // Each body that holds the entity answers from its own memo; a merged entity unites them.
+    const auto& holders = index_[static_cast<int>(source)].find(id)->second.bodies;
+    std::vector<int> out;
+    for (int bid : holders) {
+        const Body* b = body(bid).get();
+        if (!b)
+            continue;
+        BodyMemo::Data& memo = b->memo.of(*b);
+        const auto at = memo.position(source, id);
+        if (!at)
+            continue;
+        const std::vector<int>& ids = memo.related(source, *at, target);
+        if (out.empty()) {
+            out = ids;
+        } else {
+            std::vector<int> both;
+            std::set_union(out.begin(), out.end(), ids.begin(), ids.end(),
+                           std::back_inserter(both));
+            out = std::move(both);
         }
     }
-    return {out.begin(), out.end()};
+    return out;
 }
 
 bool GeometryModel::is_free(GeomKind kind, int id) const {
@@ -435,6 +469,93 @@ bool GeometryModel::is_free(GeomKind kind, int id) const {
     default:
         return false;
     }
+}
+
+std::vector<int> GeometryModel::ids_outside_volumes(GeomKind kind) const {
+    std::vector<int> out;
+    if (kind != GeomKind::Surface && kind != GeomKind::Curve && kind != GeomKind::Vertex)
+        return out;
+    const auto& idx = index_[static_cast<int>(kind)];
+    for (const auto& [bid, body] : state_.bodies) {
+        for (int id : body->memo.of(*body).outside_volumes(kind)) {
+            // Outside every volume only when outside those of every body that holds it.
+            auto it = idx.find(id);
+            if (it == idx.end())
+                continue;
+            bool outside = true;
+            for (int other : it->second.bodies) {
+                if (other == bid)
+                    continue;
+                const Body* b = this->body(other).get();
+                if (!b)
+                    continue;
+                const auto& free = b->memo.of(*b).outside_volumes(kind);
+                if (!std::binary_search(free.begin(), free.end(), id))
+                    outside = false;
+            }
+            if (outside)
+                out.push_back(id);
+        }
+    }
+    std::sort(out.begin(), out.end());
+    out.erase(std::unique(out.begin(), out.end()), out.end());
+    return out;
+}
+
+// ---- Measures ---------------------------------------------------------------------------------
+
+Bnd_Box GeometryModel::bounding_box(GeomKind kind, int id) const {
+    std::size_t at = 0;
+    const Body* b = holder(kind, id, at);
+    if (!b)
+        return compute_bounding_box(shape(kind, id));
+    EntityMeasures& m = b->memo.of(*b).measures(kind, at);
+    if (!m.box)
+        m.box = compute_bounding_box(kind == GeomKind::Body ? b->shape : b->of(kind)[at].shape);
+    return *m.box;
+}
+
+double GeometryModel::volume_measure(GeomKind kind, int id) const {
+    if (kind != GeomKind::Volume && kind != GeomKind::Body)
+        return 0;
+    std::size_t at = 0;
+    const Body* b = holder(kind, id, at);
+    if (!b) {
+        const TopoDS_Shape s = shape(kind, id);
+        return s.IsNull() ? 0.0 : compute_volume(s);
+    }
+    EntityMeasures& m = b->memo.of(*b).measures(kind, at);
+    if (!m.volume)
+        m.volume = compute_volume(kind == GeomKind::Body ? b->shape : b->of(kind)[at].shape);
+    return *m.volume;
+}
+
+std::array<double, 4> GeometryModel::area_measure(GeomKind kind, int id) const {
+    if (kind != GeomKind::Surface && kind != GeomKind::Volume && kind != GeomKind::Body)
+        return {};
+    std::size_t at = 0;
+    const Body* b = holder(kind, id, at);
+    if (!b) {
+        const TopoDS_Shape s = shape(kind, id);
+        return s.IsNull() ? std::array<double, 4>{} : compute_area(s);
+    }
+    EntityMeasures& m = b->memo.of(*b).measures(kind, at);
+    if (!m.area)
+        m.area = compute_area(kind == GeomKind::Body ? b->shape : b->of(kind)[at].shape);
+    return *m.area;
+}
+
+double GeometryModel::curve_length(int id) const {
+    std::size_t at = 0;
+    const Body* b = holder(GeomKind::Curve, id, at);
+    if (!b) {
+        const TopoDS_Shape s = shape(GeomKind::Curve, id);
+        return s.IsNull() ? 0.0 : compute_length(s);
+    }
+    EntityMeasures& m = b->memo.of(*b).measures(GeomKind::Curve, at);
+    if (!m.length)
+        m.length = compute_length(b->of(GeomKind::Curve)[at].shape);
+    return *m.length;
 }
 
 const EntityAttributes* GeometryModel::attributes(GeomKind kind, int id) const {

@@ -16,6 +16,7 @@
 //
 // Threading: kernel thread only; no locking.
 
+#include <Bnd_Box.hxx>
 #include <TopoDS_Shape.hxx>
 
 #include <array>
@@ -48,6 +49,29 @@ struct EntityKey {
     bool operator==(const EntityKey& o) const { return kind == o.kind && id == o.id; }
 };
 
+struct Body;
+
+// Answers derived from one body alone (which of its entities lie inside which, which are in no
+// volume, boxes and mass properties), each filled on first use. A published Body never changes,
+// so its memo never goes stale: an operation that changes an entity makes a new Body with an empty
+// memo, a snapshot put back by undo or rollback brings its Bodies back with their memos, and a
+// reset drops the Bodies. A copy of a Body starts with an empty memo, because a copy is made to
+// change something (compress ids renumbers copies, and the memo holds ids).
+// Threading: kernel thread only, like the model; filling it from a const Body is not locked.
+class BodyMemo {
+public:
+    BodyMemo();
+    ~BodyMemo();
+    BodyMemo(const BodyMemo&);
+    BodyMemo& operator=(const BodyMemo&);
+    struct Data;
+    // The memo of `body` (the Body that holds this memo), created empty on first use.
+    Data& of(const Body& body) const;
+
+private:
+    mutable std::unique_ptr<Data> data_;
+};
+
 // One sub-shape and its id.
 struct IdShape {
     int id = 0;
@@ -65,6 +89,7 @@ struct Body {
     std::vector<IdShape> vertices;
     const std::vector<IdShape>& of(GeomKind kind) const;
     bool is_sheet() const { return volumes.empty() && !surfaces.empty(); }
+    BodyMemo memo;
 };
 using BodyPtr = std::shared_ptr<const Body>;
 
@@ -176,6 +201,21 @@ public:
     // that contain it (upward), itself for the same kind. Ascending ids.
     std::vector<int> relatives(GeomKind source, int id, GeomKind target) const;
     bool is_free(GeomKind kind, int id) const;
+    // Surfaces, curves or vertices that lie in no volume (a surface of a sheet body, a curve of a
+    // wire body, a lone vertex), ascending. Empty for other kinds.
+    std::vector<int> ids_outside_volumes(GeomKind kind) const;
+
+    // ---- Measures ------------------------------------------------------------------------------
+    // Computed from the exact geometry on first use and kept in the memo of the body that holds
+    // the entity; an exception of OpenCASCADE leaves nothing behind and reaches the caller.
+    // Bounding box without tolerance padding (a vertex: its point); void when missing.
+    Bnd_Box bounding_box(GeomKind kind, int id) const;
+    // Absolute volume of a volume or body; 0 when missing.
+    double volume_measure(GeomKind kind, int id) const;
+    // Area and area centroid (x, y, z) of a surface, volume or body; zeros when missing.
+    std::array<double, 4> area_measure(GeomKind kind, int id) const;
+    // Arc length of a curve; 0 when missing.
+    double curve_length(int id) const;
     // The id of a shape found in the model (IsSame), or 0.
     int id_of(GeomKind kind, const TopoDS_Shape& shape) const;
 
@@ -215,10 +255,17 @@ private:
     struct IndexEntry {
         TopoDS_Shape shape;
         std::vector<int> bodies;
+        // The body whose view `shape` is, and the entity's position in it (its memo answers).
+        const Body* holder = nullptr;
+        std::size_t position = 0;
     };
     void index_add(const Body& body);
     void index_remove(const Body& body);
     void rebuild_index();
+    // The body whose memo answers for (kind, id) and the entity's position in that body's list;
+    // null when the entity does not exist, or when no body that holds it has the very shape that
+    // shape() answers (the measures are then computed without being kept).
+    const Body* holder(GeomKind kind, int id, std::size_t& position) const;
 
     GeometryState state_;
     std::array<std::unordered_map<int, IndexEntry>, kGeomKindCount> index_;
