@@ -402,6 +402,16 @@ std::string get_meshgems_version() {
     return {};
 } // no MeshGems in this kernel
 
+// The geometry engine is OpenCASCADE (get_default_geometry_engine); ACIS is not part of this
+// kernel, so its version is empty and its number 0, as for every engine that is not there.
+std::string get_acis_version() {
+    return {};
+}
+
+int get_acis_version_as_int() {
+    return 0;
+}
+
 double get_tarvo_digits_setting() {
     return state().digits;
 }

@@ -9,8 +9,6 @@
 
 namespace TarvoInterface {
 
-STUB(get_acis_version, (), std::string)
-STUB(get_acis_version_as_int, (), int)
 STUB(get_graphics_version, (), std::string)
 STUB(is_volume_meshable, (int), bool)
 STUB(get_mesh_error_solutions, (int), std::vector<std::string>)
