@@ -33,17 +33,23 @@ TarvoQueue::~TarvoQueue() {
 // ---- Main thread ----------------------------------------------------------------------------
 
 std::future<int> TarvoQueue::enqueue_kernel_task(Task* task) {
-    std::lock_guard lock(queue_mutex);
-    kernel_tasks.push_back(task);
-    task_available.notify_one();
-    return task->get_future();
+    return enqueue(kernel_tasks, task);
 }
 
 std::future<int> TarvoQueue::enqueue_graphics_task(Task* task) {
-    std::lock_guard lock(queue_mutex);
-    graphics_tasks.push_back(task);
+    return enqueue(graphics_tasks, task);
+}
+
+std::future<int> TarvoQueue::enqueue(std::deque<Task*>& tasks, Task* task) {
+    std::future<int> future = task->get_future();
+    {
+        std::lock_guard lock(queue_mutex);
+        tasks.push_back(task);
+    }
+    // Woken after the lock is released, so that the worker doesn't wake only to sleep again on
+    // queue_mutex. No wake-up is lost: the worker tests the deques under the lock before waiting.
     task_available.notify_one();
-    return task->get_future();
+    return future;
 }
 
 MonitorResult TarvoQueue::process_monitor_request(MonitorRegistry* registry, Task* task) {

@@ -92,6 +92,7 @@ public:
 
 private:
     void run();
+    std::future<int> enqueue(std::deque<Task*>& tasks, Task* task);
     // notification_mutex held: post `type` unless a report of that kind is still unserved.
     void signal(NotificationType type);
     bool client_connected(ClientConnection* client) const;
