@@ -128,7 +128,7 @@ TEST_F(GeometryFilesTest, BadFilesFailCleanly) {
         output->take();
         const std::string line = "import " + format + " 'corrupt." + format + "'";
         EXPECT_FALSE(cmd(line.c_str())) << line << " of " << content.size() << " bytes";
-        auto errors = output->error_lines();
+        auto errors = output->starting("ERROR: ");
         ASSERT_EQ(errors.size(), 1u) << output->all();
         EXPECT_NE(errors[0].find("corrupt." + format), std::string::npos) << errors[0];
         EXPECT_EQ(fingerprint(), before);
@@ -204,7 +204,7 @@ TEST_F(GeometryFilesTest, InterruptStopsImportAndBooleansAndRestores) {
     output->take();
     EXPECT_FALSE(cmd(("import step '" + cad_file("as1-tu-203.stp") + "'").c_str()));
     EXPECT_TRUE(in_transfer->fired);
-    EXPECT_EQ(output->error_lines(), std::vector<std::string>{"ERROR: Interrupted"});
+    EXPECT_EQ(output->starting("ERROR: "), std::vector<std::string>{"ERROR: Interrupted"});
     EXPECT_EQ(fingerprint(), before);
 
     // A subtract over many bodies stops at the first check after the interrupt.
@@ -218,7 +218,7 @@ TEST_F(GeometryFilesTest, InterruptStopsImportAndBooleansAndRestores) {
     output->take();
     EXPECT_FALSE(cmd("subtract volume 8 from volume 2 to 7"));
     EXPECT_TRUE(at_start->fired);
-    EXPECT_EQ(output->error_lines(), std::vector<std::string>{"ERROR: Interrupted"});
+    EXPECT_EQ(output->starting("ERROR: "), std::vector<std::string>{"ERROR: Interrupted"});
     EXPECT_EQ(fingerprint(), many);
     set_progress_handler({});
     // The next command runs normally: the flag was cleared.
@@ -236,7 +236,7 @@ TEST_F(GeometryFilesTest, InterruptInsideTheGeneralFuseOfAnAssembly) {
     EXPECT_FALSE(cmd("imprint all"));
     set_progress_handler({});
     EXPECT_TRUE(inside->fired);
-    EXPECT_EQ(output->error_lines(), std::vector<std::string>{"ERROR: Interrupted"});
+    EXPECT_EQ(output->starting("ERROR: "), std::vector<std::string>{"ERROR: Interrupted"});
     EXPECT_EQ(fingerprint(), before);
 }
 

@@ -5,59 +5,20 @@
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
+#include "../support/CapturedOutput.h"
+#include "../support/ScratchSession.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <mutex>
 #include <string>
 #include <vector>
 
 namespace geometry_test {
 
-class CapturingHandler : public TarvoMessageHandler {
-public:
-    void print_message(const char* text) override { add(false, text); }
-    void print_error(const char* text) override { add(true, text); }
-    struct Line {
-        bool is_error;
-        std::string text;
-    };
-    std::vector<Line> take() {
-        std::lock_guard lock(mutex);
-        return std::exchange(lines, {});
-    }
-    std::vector<std::string> error_lines() {
-        std::lock_guard lock(mutex);
-        std::vector<std::string> out;
-        for (const Line& l : lines)
-            if (l.text.rfind("ERROR: ", 0) == 0)
-                out.push_back(l.text);
-        return out;
-    }
-    std::string all() {
-        std::lock_guard lock(mutex);
-        std::string text;
-        for (const Line& l : lines)
-            text += l.text + "\n";
-        return text;
-    }
-
-private:
-    void add(bool is_error, const std::string& text) {
-        std::lock_guard lock(mutex);
-        std::size_t start = 0;
-        while (start < text.size()) {
-            std::size_t end = text.find('\n', start);
-            if (end == std::string::npos)
-                end = text.size();
-            lines.push_back({is_error, text.substr(start, end - start)});
-            start = end + 1;
-        }
-    }
-    std::mutex mutex;
-    std::vector<Line> lines;
-};
+using CapturingHandler = test_support::CapturedOutput;
 
 class Recorder : public TarvoInterface::TIObserve {
 public:
@@ -138,15 +99,7 @@ inline std::string cad_file(const std::string& name) {
 class GeometryTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        original_dir = std::filesystem::current_path();
-        scratch = std::filesystem::temp_directory_path() /
-                  ("tarvo_geometry_" + std::to_string(::getpid()) + "_" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(scratch);
-        std::filesystem::create_directories(scratch);
-        std::filesystem::current_path(scratch);
-        TarvoMessage::instance()->set_message_handler(output);
-        ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "-driver", "offscreen"}));
+        ASSERT_TRUE(session.start("geometry", output));
         recorder.register_observer();
         TarvoInterface::silent_cmd("echo off");
         output->take();
@@ -154,10 +107,7 @@ protected:
     }
     void TearDown() override {
         recorder.unregister_observer();
-        TarvoInterface::destroy();
-        TarvoMessage::instance()->set_message_handler({});
-        std::filesystem::current_path(original_dir);
-        std::filesystem::remove_all(scratch);
+        session.stop();
     }
 
     // Runs a command that must succeed; shows the output when it does not.
@@ -181,8 +131,7 @@ protected:
 
     std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
     Recorder recorder;
-    std::filesystem::path original_dir;
-    std::filesystem::path scratch;
+    test_support::ScratchSession session;
 };
 
 } // namespace geometry_test

@@ -112,7 +112,7 @@ TEST_F(GeometryModelTest, RejectedCommandsLeaveTheModelAsItWas) {
         output->take();
         recorder.events.clear();
         EXPECT_FALSE(cmd(line)) << line;
-        EXPECT_EQ(output->error_lines().size(), 1u) << line << "\n" << output->all();
+        EXPECT_EQ(output->starting("ERROR: ").size(), 1u) << line << "\n" << output->all();
         EXPECT_EQ(fingerprint(), before) << line;
         for (const std::string& e : recorder.events)
             EXPECT_TRUE(e.find("created") == std::string::npos &&

@@ -9,12 +9,12 @@
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/CapturedOutput.h"
+#include "../support/ScratchSession.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <set>
 #include <sstream>
@@ -37,25 +37,12 @@ struct Listing {
 class ListCommandTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        original_dir = std::filesystem::current_path();
-        scratch = std::filesystem::temp_directory_path() /
-                  ("tarvo_list_" + std::to_string(::getpid()) + "_" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(scratch);
-        std::filesystem::create_directories(scratch);
-        std::filesystem::current_path(scratch);
-        TarvoMessage::instance()->set_message_handler(output);
-        ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "-driver", "offscreen"}));
+        ASSERT_TRUE(session.start("list", output));
         TarvoInterface::silent_cmd("echo off");
         output->clear();
     }
 
-    void TearDown() override {
-        TarvoInterface::destroy();
-        TarvoMessage::instance()->set_message_handler({});
-        std::filesystem::current_path(original_dir);
-        std::filesystem::remove_all(scratch);
-    }
+    void TearDown() override { session.stop(); }
 
     void run(const std::string& line) {
         ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
@@ -96,8 +83,7 @@ protected:
 
     std::shared_ptr<test_support::CapturedOutput> output =
         std::make_shared<test_support::CapturedOutput>();
-    std::filesystem::path original_dir;
-    std::filesystem::path scratch;
+    test_support::ScratchSession session;
 };
 
 std::vector<double> numbers_in(const std::string& text) {

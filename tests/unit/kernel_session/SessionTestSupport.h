@@ -13,6 +13,7 @@
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/CapturedOutput.h"
+#include "../support/ScratchSession.h"
 
 #include <gtest/gtest.h>
 
@@ -150,15 +151,8 @@ public:
 class SessionTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        original_dir = std::filesystem::current_path();
-        scratch = std::filesystem::temp_directory_path() /
-                  ("tarvo_session_" + std::to_string(::getpid()) + "_" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(scratch);
-        std::filesystem::create_directories(scratch);
-        std::filesystem::current_path(scratch);
-        TarvoMessage::instance()->set_message_handler(output);
-        ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "-driver", "offscreen"}));
+        ASSERT_TRUE(session.start("session", output));
+        scratch = session.dir();
         observer.register_observer();
         use_fake_model();
         // Quiet by default: tests turn echo on where they look at it.
@@ -169,10 +163,7 @@ protected:
 
     void TearDown() override {
         observer.unregister_observer();
-        TarvoInterface::destroy();
-        TarvoMessage::instance()->set_message_handler({});
-        std::filesystem::current_path(original_dir);
-        std::filesystem::remove_all(scratch);
+        session.stop();
     }
 
     // The fake model stands alone: the kernel's own modules keep their commands, but neither
@@ -225,7 +216,8 @@ protected:
     std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
     RecordingObserver observer;
     FakeModel model;
-    std::filesystem::path original_dir;
+    test_support::ScratchSession session;
+    // The test's working directory, empty at the start.
     std::filesystem::path scratch;
 };
 

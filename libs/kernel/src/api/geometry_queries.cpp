@@ -12,6 +12,7 @@
 #include "core/EntityCatalog.h"
 #include "core/EntityList.h"
 #include "core/Session.h"
+#include "geometry/GeometryInternal.h"
 #include "geometry/GeometryModule.h"
 #include "tarvo/TarvoInterface.h"
 
@@ -23,7 +24,6 @@
 #include <BRepExtrema_DistShapeShape.hxx>
 #include <BRepGProp.hxx>
 #include <BRepLProp_SLProps.hxx>
-#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
 #include <Bnd_OBB.hxx>
@@ -36,7 +36,6 @@
 #include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
-#include <TopoDS_Compound.hxx>
 #include <gp_Circ.hxx>
 #include <gp_Elips.hxx>
 
@@ -435,13 +434,9 @@ std::array<double, 15> get_tight_bounding_box(const std::string& geometry_type,
         }
         if (shapes.empty())
             return out;
-        BRep_Builder b;
-        TopoDS_Compound c;
-        b.MakeCompound(c);
-        for (const TopoDS_Shape& s : shapes)
-            b.Add(c, s);
         Bnd_OBB obb;
-        BRepBndLib::AddOBB(c, obb, false, true, false);
+        BRepBndLib::AddOBB(tarvo::kernel::geometry_detail::make_compound(shapes), obb, false, true,
+                           false);
         if (obb.IsVoid())
             return out;
         const gp_XYZ ctr = obb.Center();

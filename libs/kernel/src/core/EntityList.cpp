@@ -4,6 +4,7 @@
 #include "core/EntityCatalog.h"
 #include "core/ListParser.h"
 #include "core/Session.h"
+#include "core/Wildcard.h"
 
 #include <algorithm>
 #include <cctype>
@@ -164,34 +165,6 @@ std::vector<int> relatives_of(const std::string& source, int id, const std::stri
     return {found.begin(), found.end()};
 }
 
-bool glob_match(std::string_view pattern, std::string_view text) {
-    // Iterative glob with backtracking to the last '*'.
-    size_t p = 0, t = 0, star = std::string_view::npos, mark = 0;
-    auto eq = [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) ==
-               std::tolower(static_cast<unsigned char>(b));
-    };
-    while (t < text.size()) {
-        if (p < pattern.size() &&
-            (pattern[p] == '?' || (pattern[p] != '*' && eq(pattern[p], text[t])))) {
-            ++p;
-            ++t;
-        } else if (p < pattern.size() && pattern[p] == '*') {
-            star = p++;
-            mark = t;
-        } else if (star != std::string_view::npos) {
-            p = star + 1;
-            t = ++mark;
-        } else {
-            return false;
-        }
-    }
-    while (p < pattern.size() && pattern[p] == '*') {
-        ++p;
-    }
-    return p == pattern.size();
-}
-
 // ---- Parser ------------------------------------------------------------------------------------
 
 struct Parser {
@@ -339,7 +312,8 @@ struct Parser {
             ++pos;
             EntityCatalog* catalog = catalog_for(type);
             for (int id : all_of(type)) {
-                if (catalog && glob_match(pattern, catalog->name_of(type, id))) {
+                if (catalog &&
+                    wildcard_match(pattern, catalog->name_of(type, id), CaseRule::Insensitive)) {
                     out.push_back(id);
                 }
             }

@@ -18,22 +18,6 @@ namespace tarvo::kernel {
 
 namespace {
 
-TopAbs_ShapeEnum sub_shape_enum(GeomKind kind) {
-    switch (kind) {
-    case GeomKind::Volume:
-        return TopAbs_SOLID;
-    case GeomKind::Surface:
-        return TopAbs_FACE;
-    case GeomKind::Curve:
-        return TopAbs_EDGE;
-    case GeomKind::Vertex:
-        return TopAbs_VERTEX;
-    case GeomKind::Body:
-        break;
-    }
-    return TopAbs_SHAPE;
-}
-
 // True when every leaf of the shape is a solid: then each of its faces, edges and vertices lies in
 // a solid, which is known without exploring them.
 bool only_solids(const TopoDS_Shape& shape) {
@@ -126,7 +110,7 @@ const std::vector<int>& BodyMemo::Data::related(GeomKind source, std::size_t pos
             const auto& target_at = by_shape(target);
             for (std::size_t i = 0; i < sources.size(); ++i) {
                 inside.Clear();
-                TopExp::MapShapes(sources[i].shape, sub_shape_enum(target), inside);
+                TopExp::MapShapes(sources[i].shape, shape_enum(target), inside);
                 for (int n = 1; n <= inside.Extent(); ++n)
                     if (const int* at = target_at.Seek(inside(n)))
                         table[i].push_back(targets[static_cast<std::size_t>(*at)].id);
@@ -136,7 +120,7 @@ const std::vector<int>& BodyMemo::Data::related(GeomKind source, std::size_t pos
             const auto& source_at = by_shape(source);
             for (const IdShape& t : targets) {
                 inside.Clear();
-                TopExp::MapShapes(t.shape, sub_shape_enum(source), inside);
+                TopExp::MapShapes(t.shape, shape_enum(source), inside);
                 for (int n = 1; n <= inside.Extent(); ++n)
                     if (const int* at = source_at.Seek(inside(n)))
                         table[static_cast<std::size_t>(*at)].push_back(t.id);

@@ -1,5 +1,6 @@
 #include "geometry/GeometryModel.h"
 
+#include "core/Wildcard.h"
 #include "geometry/GeometryMemo.h"
 
 #include <BRep_Tool.hxx>
@@ -19,45 +20,8 @@ namespace tarvo::kernel {
 
 namespace {
 
-TopAbs_ShapeEnum shape_enum(GeomKind kind) {
-    switch (kind) {
-    case GeomKind::Volume:
-        return TopAbs_SOLID;
-    case GeomKind::Surface:
-        return TopAbs_FACE;
-    case GeomKind::Curve:
-        return TopAbs_EDGE;
-    case GeomKind::Vertex:
-        return TopAbs_VERTEX;
-    case GeomKind::Body:
-        break;
-    }
-    return TopAbs_SHAPE;
-}
-
 constexpr GeomKind kSubKinds[] = {GeomKind::Volume, GeomKind::Surface, GeomKind::Curve,
                                   GeomKind::Vertex};
-
-bool wildcard_match(std::string_view pattern, std::string_view text) {
-    std::size_t p = 0, t = 0, star = std::string_view::npos, mark = 0;
-    while (t < text.size()) {
-        if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == text[t])) {
-            ++p;
-            ++t;
-        } else if (p < pattern.size() && pattern[p] == '*') {
-            star = p++;
-            mark = t;
-        } else if (star != std::string_view::npos) {
-            p = star + 1;
-            t = ++mark;
-        } else {
-            return false;
-        }
-    }
-    while (p < pattern.size() && pattern[p] == '*')
-        ++p;
-    return p == pattern.size();
-}
 
 } // namespace
 
@@ -105,6 +69,22 @@ int kind_dimension(GeomKind kind) {
         return 0;
     }
     return -1;
+}
+
+TopAbs_ShapeEnum shape_enum(GeomKind kind) {
+    switch (kind) {
+    case GeomKind::Volume:
+        return TopAbs_SOLID;
+    case GeomKind::Surface:
+        return TopAbs_FACE;
+    case GeomKind::Curve:
+        return TopAbs_EDGE;
+    case GeomKind::Vertex:
+        return TopAbs_VERTEX;
+    case GeomKind::Body:
+        break;
+    }
+    return TopAbs_SHAPE;
 }
 
 const std::vector<IdShape>& Body::of(GeomKind kind) const {
@@ -575,8 +555,8 @@ std::string GeometryModel::name_of(GeomKind kind, int id) const {
 std::vector<int> GeometryModel::ids_with_name(GeomKind kind, std::string_view pattern) const {
     std::vector<int> out;
     for (const auto& [key, attr] : state_.attributes)
-        if (key.kind == kind && !attr.name.empty() && wildcard_match(pattern, attr.name) &&
-            exists(kind, key.id))
+        if (key.kind == kind && !attr.name.empty() &&
+            wildcard_match(pattern, attr.name, CaseRule::Sensitive) && exists(kind, key.id))
             out.push_back(key.id);
     return out;
 }

@@ -17,6 +17,7 @@
 // Threading: kernel thread only; no locking.
 
 #include <Bnd_Box.hxx>
+#include <TopAbs_ShapeEnum.hxx>
 #include <TopoDS_Shape.hxx>
 
 #include <array>
@@ -39,6 +40,9 @@ const char* kind_name(GeomKind kind);
 std::optional<GeomKind> parse_kind(std::string_view text);
 // The topological dimension of a kind (body: 3).
 int kind_dimension(GeomKind kind);
+// The OpenCASCADE shape type that an entity of this kind is (body: TopAbs_SHAPE, as a body may
+// be any compound).
+TopAbs_ShapeEnum shape_enum(GeomKind kind);
 
 struct EntityKey {
     GeomKind kind;
