@@ -388,61 +388,102 @@ int main(int argc, char* argv[]) {
     const QCommandLineOption timeout_option(QStringLiteral("timeout"),
                                             QStringLiteral("Seconds allowed for each phase."),
                                             QStringLiteral("s"), QStringLiteral("120"));
+    const QCommandLineOption rounds_option(
+        QStringLiteral("rounds"), QStringLiteral("Alternating rounds of sequential calls."),
+        QStringLiteral("n"), QStringLiteral("7"));
     const QCommandLineOption echo_only_option(QStringLiteral("echo-only"),
                                               QStringLiteral("Measure the echo server alone."));
-    options.addOptions(
-        {calls_option, warmup_option, pipelined_option, timeout_option, echo_only_option});
+    options.addOptions({calls_option, warmup_option, pipelined_option, timeout_option,
+                        rounds_option, echo_only_option});
     options.process(app);
 
     const int calls = std::max(1, options.value(calls_option).toInt());
     const int warmup = std::max(0, options.value(warmup_option).toInt());
     const int pipelined = std::max(0, options.value(pipelined_option).toInt());
     const int timeout_ms = std::max(1, options.value(timeout_option).toInt()) * 1000;
+    const int rounds = std::max(1, options.value(rounds_option).toInt());
     const QString server_path = options.positionalArguments().value(0, default_server_path());
 
-    std::printf("tarvo.get_version: %d sequential calls after %d warm-up, %d pipelined\n", calls,
-                warmup, pipelined);
+    std::printf("tarvo.get_version: %d rounds of %d sequential calls after %d warm-up each, "
+                "%d pipelined\n",
+                rounds, calls, warmup, pipelined);
     std::printf("load average at start: %s\n", qPrintable(load_average()));
     std::printf("%-13s %7s %9s %9s %9s %10s %13s %13s\n", "target", "calls", "p50_us", "p90_us",
                 "p99_us", "max_us", "pipelined/s", "replies");
 
-    Result echo_result;
-    const char* echo_low_delay = "unknown";
-    {
-        EchoServer echo;
-        if (echo.port() == 0) {
-            std::printf("echo server could not listen\n");
+    // Both targets stay up for the whole run and are measured in alternating rounds, so that a
+    // change of machine load between two measurements hits both alike; the headline ratio is the
+    // median of the per-round p50 ratios. Pipelined throughput is measured once, after the rounds.
+    EchoServer echo_server;
+    if (echo_server.port() == 0) {
+        std::printf("echo server could not listen\n");
+        return 1;
+    }
+    const bool echo_only = options.isSet(echo_only_option) || server_path.isEmpty();
+    ServerProcess server;
+    if (!echo_only) {
+        QString error;
+        if (!server.start(server_path, timeout_ms, &error)) {
+            std::printf("tarvo_server: not measured (%s)\n", qPrintable(error));
             return 1;
         }
-        echo_result = measure(echo.port(), warmup, calls, pipelined, timeout_ms);
-        echo_low_delay = echo.low_delay();
     }
+
+    Result echo_result, server_result;
+    std::vector<double> round_ratios;
+    const auto append = [](Result& into, const Result& from) {
+        into.latency_us.insert(into.latency_us.end(), from.latency_us.begin(),
+                               from.latency_us.end());
+        into.sequential_errors += from.sequential_errors;
+        into.pipelined_sent += from.pipelined_sent;
+        into.pipelined_received += from.pipelined_received;
+        into.pipelined_seconds += from.pipelined_seconds;
+        into.client_low_delay = from.client_low_delay;
+        if (into.failure.isEmpty())
+            into.failure = from.failure;
+    };
+    const auto median_p50 = [](std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        return values.empty() ? NAN : values[values.size() / 2];
+    };
+    for (int round = 0; round < rounds; ++round) {
+        const int round_pipelined = round + 1 == rounds ? pipelined : 0;
+        const Result echo_round =
+            measure(echo_server.port(), warmup, calls, round_pipelined, timeout_ms);
+        append(echo_result, echo_round);
+        if (echo_only)
+            continue;
+        Result server_round = measure(server.port(), warmup, calls, round_pipelined, timeout_ms);
+        if (!server_round.failure.isEmpty() && !server.exit_text().isEmpty())
+            server_round.failure += QStringLiteral(" (%1)").arg(server.exit_text());
+        append(server_result, server_round);
+        if (!server_round.failure.isEmpty() || !echo_round.failure.isEmpty())
+            break;
+        round_ratios.push_back(median_p50(server_round.latency_us) /
+                               median_p50(echo_round.latency_us));
+    }
+
     const Summary echo = print_row("echo", echo_result);
     std::printf("  TCP_NODELAY: client %s, echo server %s\n", echo_result.client_low_delay,
-                echo_low_delay);
-
-    if (options.isSet(echo_only_option) || server_path.isEmpty()) {
+                echo_server.low_delay());
+    if (echo_only) {
         std::printf("tarvo_server: not measured (%s)\n",
                     options.isSet(echo_only_option) ? "--echo-only"
                                                     : "no binary given, TARVO_SERVER unset");
         return echo_result.failure.isEmpty() ? 0 : 1;
     }
-
-    ServerProcess server;
-    QString error;
-    if (!server.start(server_path, timeout_ms, &error)) {
-        std::printf("tarvo_server: not measured (%s)\n", qPrintable(error));
-        return 1;
-    }
-    Result server_result = measure(server.port(), warmup, calls, pipelined, timeout_ms);
-    if (!server_result.failure.isEmpty() && !server.exit_text().isEmpty())
-        server_result.failure += QStringLiteral(" (%1)").arg(server.exit_text());
     const Summary tarvo = print_row("tarvo_server", server_result);
     std::printf("  TCP_NODELAY: client %s (the server sets it on every accepted socket)\n",
                 server_result.client_low_delay);
 
     std::printf("load average at end: %s\n", qPrintable(load_average()));
-    std::printf("ratio p50(tarvo_server)/p50(echo): %.2f\n", tarvo.p50 / echo.p50);
+    std::printf("p50 ratio per round:");
+    for (double ratio : round_ratios)
+        std::printf(" %.2f", ratio);
+    std::printf("\nratio p50(tarvo_server)/p50(echo), median of %zu rounds: %.2f\n",
+                round_ratios.size(), median_p50(round_ratios));
+    std::printf("ratio p50(tarvo_server)/p50(echo), all calls pooled: %.2f\n",
+                tarvo.p50 / echo.p50);
     std::printf("ratio pipelined(echo)/pipelined(tarvo_server): %.2f\n", echo.rate / tarvo.rate);
     return echo_result.failure.isEmpty() && server_result.failure.isEmpty() ? 0 : 1;
 }
