@@ -126,12 +126,16 @@ bool TarvoQueue::client_connected(ClientConnection* client) const {
 // ---- Worker thread --------------------------------------------------------------------------
 
 void TarvoQueue::mark_view_dirty(ServerGraphicsView* view, ClientConnection* client) {
-    std::lock_guard lock(notification_lock);
-    if (removed_clients.count(client) != 0)
-        return;
-    dirty_views.emplace(view, client);
-    if (!batching_renders)
-        signal(Graphics);
+    bool post = false;
+    {
+        std::lock_guard lock(notification_lock);
+        if (removed_clients.count(client) != 0)
+            return;
+        dirty_views.emplace(view, client);
+        post = !batching_renders && raise(Graphics);
+    }
+    if (post)
+        notify(Graphics);
 }
 
 void TarvoQueue::forget_view(ServerGraphicsView* view) {
@@ -145,11 +149,13 @@ bool TarvoQueue::is_batching_renders() {
 }
 
 void TarvoQueue::complete_task(Task* task) {
-    // All under the lock: once it is released the main thread may take the task and delete it.
     std::lock_guard lock(notification_lock);
     completed_tasks.push_back(task);
-    signal(TaskCompleted);
-    task->done.set_value(1);
+    if (raise(TaskCompleted))
+        deferred_posts |= bit_of(TaskCompleted);
+    // Once the lock is released the main thread may take the task and delete it; the promise
+    // leaves with its shared state, so its waiter is still told, later, outside every lock.
+    deferred_done.push_back(std::move(task->done));
 }
 
 void TarvoQueue::set_render_batching(bool on) {
@@ -163,41 +169,65 @@ void TarvoQueue::set_render_batching(bool on) {
     // render views exist; marking them dirty is what their render does.
     (void)to_render;
     std::lock_guard lock(notification_lock);
-    if (!on && !dirty_views.empty())
-        signal(Graphics);
+    if (!on && !dirty_views.empty() && raise(Graphics))
+        deferred_posts |= bit_of(Graphics);
     batching_renders = on;
 }
 
 void TarvoQueue::add_print(const TarvoString& text, int kind) {
-    std::lock_guard lock(notification_lock);
     // Only a completed line asks for a serving; a partial one waits for the next.
-    if (output->add_print(text, kind))
-        signal(Output);
+    change_output([&](WorkerOutput& out) { return out.add_print(text, kind); });
 }
 
 void TarvoQueue::progress_start(const char* title, const char* info, bool has_cancel) {
-    std::lock_guard lock(notification_lock);
-    output->start(title, info, has_cancel);
-    signal(Output);
+    change_output([&](WorkerOutput& out) {
+        out.start(title, info, has_cancel);
+        return true;
+    });
 }
 
 void TarvoQueue::progress_end() {
-    std::lock_guard lock(notification_lock);
-    output->end();
-    signal(Output);
+    change_output([](WorkerOutput& out) {
+        out.end();
+        return true;
+    });
 }
 
 void TarvoQueue::progress_percent(double value) {
-    std::lock_guard lock(notification_lock);
-    output->set_percent(value);
-    signal(Output);
+    change_output([value](WorkerOutput& out) {
+        out.set_percent(value);
+        return true;
+    });
 }
 
-void TarvoQueue::signal(NotificationType type) {
+void TarvoQueue::change_output(const std::function<bool(WorkerOutput&)>& change) {
+    bool post = false;
+    {
+        std::lock_guard lock(notification_lock);
+        post = change(*output) && raise(Output);
+    }
+    if (post)
+        notify(Output);
+}
+
+bool TarvoQueue::raise(NotificationType type) {
     if (pending & bit_of(type))
-        return;
+        return false;
     pending |= bit_of(type);
-    notify(type);
+    return true;
+}
+
+void TarvoQueue::release_queue(std::unique_lock<std::mutex>& lock) {
+    lock.unlock();
+    const std::uint32_t posts = std::exchange(deferred_posts, 0);
+    for (NotificationType type : {Output, TaskCompleted, Graphics}) {
+        if (posts & bit_of(type))
+            notify(type);
+    }
+    std::vector<std::promise<int>> done;
+    done.swap(deferred_done);
+    for (std::promise<int>& promise : done)
+        promise.set_value(1);
 }
 
 // The worker thread: the only thread that calls the kernel.
@@ -220,7 +250,7 @@ void TarvoQueue::run() {
             if (n > 1)
                 set_render_batching(true);
             for (Task* task : local) {
-                lock.unlock();
+                release_queue(lock);
                 server_worker->begin_task(task, true);
                 if (task->action)
                     task->action();
@@ -235,11 +265,13 @@ void TarvoQueue::run() {
             if (n > 1)
                 set_render_batching(false);
             busy = false;
+            release_queue(lock);
+            lock.lock();
         }
 
         // Then the kernel tasks waiting at this moment; later ones wait for the next pass, behind
         // any graphics task that arrives meanwhile. `busy` is clear between two of them only
-        // while queue_mutex is held, so an interrupt can't fall into that gap.
+        // while no kernel call is made, so an interrupt can't reach the next task early.
         local.clear();
         local.swap(kernel_tasks);
         for (Task* task : local) {
@@ -258,8 +290,12 @@ void TarvoQueue::run() {
             lock.lock();
             busy = false;
             complete_task(task);
+            // Each answer goes out as soon as its task is done, not at the end of the pass.
+            release_queue(lock);
+            lock.lock();
         }
 
+        // Nothing is deferred here: each pass above sent its reports.
         if (stopping)
             break;
         if (kernel_tasks.empty() && graphics_tasks.empty())

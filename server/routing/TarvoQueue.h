@@ -9,7 +9,12 @@
 // Locks: queue_mutex guards what the worker thread fetches (the two task deques, busy, stopping);
 // notification_mutex guards what the main thread fetches (completed tasks, output, pending,
 // dirty views, removed clients, batching_renders). Where both are held, queue_mutex is taken
-// first. The notify callback is called with notification_mutex held: it must only post.
+// first. The notify callback is called on the worker thread with neither mutex held, right after
+// the change that it reports was made under notification_mutex: a main thread woken by it never
+// finds the lock still taken (on a busy machine the woken thread often runs at once, and would
+// otherwise sleep on the lock and cost two more switches). It must only post. A report raised
+// while queue_mutex is held, and the promise of a completed task, wait until the worker thread
+// releases queue_mutex; the bit is set at once, so a burst still costs one post.
 
 #include "json_rpc/RPCObject.h"
 
@@ -40,7 +45,7 @@ public:
     enum NotificationType { Output = 0, TaskCompleted = 1, Graphics = 2 };
 
     // Starts the worker thread as its last step; the thread initialises the kernel through
-    // `worker`. `notify` is called on the worker thread, with notification_mutex held.
+    // `worker`. `notify` is called on the worker thread, with neither mutex held.
     TarvoQueue(ServerWorker* worker, std::function<void(NotificationType)> notify);
     // Stops the thread if stop() was not called. Tasks still waiting are neither run, answered
     // nor freed: the process is ending.
@@ -80,9 +85,11 @@ public:
     void mark_view_dirty(ServerGraphicsView* view, ClientConnection* client);
     void forget_view(ServerGraphicsView* view);
     bool is_batching_renders();
-    // With queue_mutex held.
+    // With queue_mutex held. The post and the task's promise follow when the worker thread
+    // releases queue_mutex (release_queue).
     void complete_task(Task* task);
-    // With queue_mutex held. Renders the views collected while batching, then switches.
+    // With queue_mutex held. Renders the views collected while batching, then switches; a post
+    // it raises follows like that of complete_task.
     void set_render_batching(bool on);
     // Output of the kernel's message and progress handlers.
     void add_print(const TarvoString& text, int kind);
@@ -93,8 +100,16 @@ public:
 private:
     void run();
     std::future<int> enqueue(std::deque<Task*>& tasks, Task* task);
-    // notification_mutex held: post `type` unless a report of that kind is still unserved.
-    void signal(NotificationType type);
+    // notification_mutex held: sets the bit of `type` and tells whether it was clear, that is
+    // whether a post is due once the lock is released.
+    bool raise(NotificationType type);
+    // Applies a change to the output state under notification_mutex; a change that gives true
+    // wants serving, and is posted after the lock is released unless a post is still unserved.
+    void change_output(const std::function<bool(WorkerOutput&)>& change);
+    // The worker thread's way of letting go of queue_mutex: releases it, then sends what was
+    // deferred meanwhile (posts first, then the promises, so a waiter on a future finds the post
+    // made).
+    void release_queue(std::unique_lock<std::mutex>& lock);
     bool client_connected(ClientConnection* client) const;
 
     std::thread thread;
@@ -117,6 +132,9 @@ private:
     std::map<ServerGraphicsView*, ClientConnection*> dirty_views;
     std::set<ClientConnection*> removed_clients; // notification_mutex
     bool batching_renders = false;               // notification_mutex
+    // Raised under queue_mutex, sent by release_queue; worker thread only, so no lock.
+    std::uint32_t deferred_posts = 0;
+    std::vector<std::promise<int>> deferred_done;
     // Main thread only; null until the router sets it.
     const std::set<ClientConnection*>* connected_clients = nullptr;
 };

@@ -5,14 +5,26 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 class QueueTest : public testing::Test {
 protected:
     QueueTest()
         : queue(&worker, [this](TarvoQueue::NotificationType type) {
+              // A main thread woken by this post must find the lock free: probed from another
+              // thread, as the main thread would take it.
+              bool lock_free = false;
+              std::thread([&] {
+                  if (queue.notification_mutex().try_lock()) {
+                      lock_free = true;
+                      queue.notification_mutex().unlock();
+                  }
+              }).join();
               std::lock_guard lock(notified_mutex);
               notified.push_back(type);
+              posted_with_lock_free.push_back(lock_free);
           }) {
         worker.queue = &queue;
     }
@@ -39,6 +51,7 @@ protected:
     FakeWorker worker;
     std::mutex notified_mutex;
     std::vector<TarvoQueue::NotificationType> notified;
+    std::vector<bool> posted_with_lock_free;
     TarvoQueue queue;
 };
 
@@ -55,11 +68,15 @@ TEST_F(QueueTest, TasksThatFinishBeforeTheMainThreadLooksPostOnce) {
     EXPECT_EQ(completed[1]->response.result().toString(), "two");
     delete_all(completed);
 
-    // Taking the work cleared the bit: the next completion posts again.
+    // Taking the work cleared the bit: the next completion posts again, and a waiter on the
+    // future finds that post already made.
     queue.enqueue_kernel_task(new Task(nullptr, request_with_id("three", 3))).wait();
     EXPECT_EQ(notifications_of(TarvoQueue::TaskCompleted), 2u);
     completed = take_completed();
     delete_all(completed);
+
+    std::lock_guard lock(notified_mutex);
+    EXPECT_EQ(posted_with_lock_free, (std::vector<bool>{true, true}));
 }
 
 TEST_F(QueueTest, InterruptReachesOnlyATaskThatIsRunning) {
