@@ -6,6 +6,7 @@
 #include "socket_options.h"
 #include "tls_material.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QNetworkProxyFactory>
 #include <QSslCertificate>
@@ -51,6 +52,10 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
     connect(&exit_timer, &QTimer::timeout, QCoreApplication::instance(), &QCoreApplication::quit);
     exit_timer.setSingleShot(true);
 
+    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance())
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
+                &TarvoServer::flush_sockets);
+
     if (!server->listen(address, port)) {
         log_message(tr("Error: %1\nFailed to setup WebSocket server.").arg(server->errorString()));
         // The worker thread is already initialising the kernel. exit() would run the static
@@ -70,6 +75,7 @@ TarvoServer::~TarvoServer() {
     // disconnection() must then find nothing to remove.
     const auto pairs = std::move(connections);
     connections.clear();
+    unflushed.clear();
     for (const auto& [client, socket] : pairs) {
         delete client;
         delete socket;
@@ -136,6 +142,7 @@ void TarvoServer::disconnection() {
         return;
     ClientConnection* client = it->first;
     connections.erase(it);
+    unflushed.erase(std::remove(unflushed.begin(), unflushed.end(), socket), unflushed.end());
 
     log_message(tr("Disconnected from %1 on port %2")
                     .arg(socket->peerAddress().toString())
@@ -165,13 +172,29 @@ void TarvoServer::send_text_message(QString message) {
         log_message(QLatin1String("<- ") + message);
     // A frame queued from the worker thread can arrive after its client was removed; it is
     // dropped then.
-    if (QWebSocket* socket = socket_of(sender()))
+    if (QWebSocket* socket = socket_of(sender())) {
         socket->sendTextMessage(message);
+        mark_unflushed(socket);
+    }
 }
 
 void TarvoServer::send_binary_message(QByteArray message) {
-    if (QWebSocket* socket = socket_of(sender()))
+    if (QWebSocket* socket = socket_of(sender())) {
         socket->sendBinaryMessage(message);
+        mark_unflushed(socket);
+    }
+}
+
+void TarvoServer::mark_unflushed(QWebSocket* socket) {
+    if (std::find(unflushed.begin(), unflushed.end(), socket) == unflushed.end())
+        unflushed.push_back(socket);
+}
+
+void TarvoServer::flush_sockets() {
+    // What a socket can't take now stays in its buffer, and Qt's write notifier sends it later.
+    for (QWebSocket* socket : unflushed)
+        socket->flush();
+    unflushed.clear();
 }
 
 void TarvoServer::onSslErrors(QList<QSslError> errors) {

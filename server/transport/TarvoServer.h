@@ -7,6 +7,11 @@
 // Thread: a QObject of the main thread; the sockets are only ever touched there. The slots
 // send_text_message and send_binary_message are also reached from connections that emit on the
 // worker thread; Qt then delivers them as queued calls, so no lock is needed.
+//
+// Frames are written to the sockets just before the main thread's event loop goes to sleep, all
+// that one round of events produced together, instead of one loop round later when Qt's own
+// write notifier fires: a round trip saves a poll and a pass of the loop, and a burst of answers
+// still leaves in one write.
 
 #include <QByteArray>
 #include <QHostAddress>
@@ -58,6 +63,9 @@ private slots:
 
 private:
     QWebSocket* socket_of(QObject* client) const;
+    void mark_unflushed(QWebSocket* socket);
+    // Connected to the main event dispatcher's aboutToBlock.
+    void flush_sockets();
 
     QWebSocketServer* server = nullptr; // owned
     MessageRouter* router;              // not owned
@@ -67,4 +75,6 @@ private:
     bool debug_json;
     int timeout_after_disconnect = 0;
     QTimer exit_timer; // single-shot; runs only while no client is connected
+    // Sockets written since the last flush_sockets; a socket leaves it when its client goes.
+    std::vector<QWebSocket*> unflushed;
 };
