@@ -105,9 +105,7 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
     if (method == QLatin1String("tarvo.request_interrupt")) {
         queue->request_interrupt();
         if (!request.is_notification()) {
-            RPCResponse response(request);
-            response.set_result(QJsonValue(QJsonValue::Null));
-            client->send_response(response);
+            client->send_response(RPCResponse(request, QJsonValue(QJsonValue::Null)));
         }
         return {};
     }

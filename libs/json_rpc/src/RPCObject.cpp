@@ -1,8 +1,7 @@
 #include "json_rpc/RPCObject.h"
 
+#include "JsonWriter.h"
 #include "WireFormat.h"
-
-#include <QJsonDocument>
 
 #include <algorithm>
 
@@ -10,10 +9,29 @@ using namespace json_rpc::wire;
 
 namespace {
 
-QJsonObject versioned() {
-    QJsonObject object;
-    object.insert(kVersionKey, kVersion);
-    return object;
+// Every message of one kind has the same members. Building a fresh object inserts each member with
+// its own allocations; copying a finished one and replacing its values costs one copy of a small
+// container. The copies share the prototype until they change, so any thread may take one.
+const QJsonObject& answer_prototype() {
+    static const QJsonObject prototype{{kIdKey, QJsonValue::Null}, {kVersionKey, kVersion}};
+    return prototype;
+}
+
+const QJsonObject& request_prototype() {
+    static const QJsonObject prototype{{kVersionKey, kVersion}, {kMethodKey, QString()}};
+    return prototype;
+}
+
+const QJsonObject& result_prototype() {
+    static const QJsonObject prototype{
+        {kIdKey, QJsonValue::Null}, {kVersionKey, kVersion}, {kResultKey, QJsonValue::Null}};
+    return prototype;
+}
+
+void set_id(QJsonObject& object, const QJsonValue& id) {
+    // The prototype's id is already null: an absent or null id needs no change (and no copy).
+    if (!id.isUndefined() && !id.isNull())
+        object.insert(kIdKey, id);
 }
 
 } // namespace
@@ -39,12 +57,15 @@ const char* error_message(ErrorCode code) {
 } // namespace json_rpc
 
 QByteArray RPCObject::to_json_string() const {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+    QByteArray text;
+    text.reserve(96);
+    json_rpc::writer::append(text, object);
+    return text;
 }
 
 // --- RPCRequest -------------------------------------------------------------------------------
 
-RPCRequest::RPCRequest(const QString& method) : RPCObject(versioned()) {
+RPCRequest::RPCRequest(const QString& method) : RPCObject(request_prototype()) {
     object.insert(kMethodKey, method);
 }
 
@@ -94,9 +115,15 @@ void RPCRequest::set_id(const QJsonValue& id) {
 
 // --- RPCResponse ------------------------------------------------------------------------------
 
-RPCResponse::RPCResponse(const RPCRequest& request) : RPCObject(versioned()) {
-    const QJsonValue id = request.id();
-    object.insert(kIdKey, id.isUndefined() ? QJsonValue(QJsonValue::Null) : id);
+RPCResponse::RPCResponse(const RPCRequest& request) : RPCObject(answer_prototype()) {
+    set_id(object, request.id());
+}
+
+RPCResponse::RPCResponse(const RPCRequest& request, const QJsonValue& result)
+    : RPCObject(result_prototype()) {
+    set_id(object, request.id());
+    if (!result.isUndefined() && !result.isNull())
+        object.insert(kResultKey, result);
 }
 
 RPCResponse RPCResponse::from_json(const QJsonObject& object) {
@@ -114,8 +141,8 @@ RPCResponse RPCResponse::error(const QJsonValue& id, json_rpc::ErrorCode code,
         error.insert(kDataKey, data);
 
     RPCResponse response;
-    response.object = versioned();
-    response.object.insert(kIdKey, id.isUndefined() ? QJsonValue(QJsonValue::Null) : id);
+    response.object = answer_prototype();
+    set_id(response.object, id);
     response.object.insert(kErrorKey, error);
     return response;
 }
@@ -152,16 +179,28 @@ size_t RPCBatchRequest::notification_count() const {
         items.begin(), items.end(), [](const RPCRequest& r) { return r.is_notification(); }));
 }
 
+namespace {
+
+// One JSON array of the messages' objects, written without gathering them in a QJsonArray.
+template <typename Message> QByteArray array_text(const std::vector<Message>& messages) {
+    QByteArray text;
+    text.reserve(static_cast<qsizetype>(96 * messages.size() + 2));
+    text.append('[');
+    for (size_t i = 0; i < messages.size(); ++i) {
+        if (i != 0)
+            text.append(',');
+        json_rpc::writer::append(text, messages[i].json());
+    }
+    text.append(']');
+    return text;
+}
+
+} // namespace
+
 QByteArray RPCBatchRequest::to_json_string() const {
-    QJsonArray array;
-    for (const RPCRequest& request : items)
-        array.append(request.json());
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+    return array_text(items);
 }
 
 QByteArray RPCBatchResponse::to_json_string() const {
-    QJsonArray array;
-    for (const RPCResponse& response : items)
-        array.append(response.json());
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+    return array_text(items);
 }

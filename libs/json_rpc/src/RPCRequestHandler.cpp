@@ -14,9 +14,7 @@ RPCResponse RPCRequestHandler::exec(const RPCRequest& request) {
         } else if (!wrapper->process_params(request.params())) {
             response = RPCResponse::error(request.id(), ErrorCode::InvalidParams);
         } else {
-            const QJsonValue result = wrapper->invoke();
-            response = RPCResponse(request);
-            response.set_result(result);
+            response = RPCResponse(request, wrapper->invoke());
         }
     } catch (const std::exception& exception) {
         response = RPCResponse::error(request.id(), ErrorCode::InternalError,

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <vector>
+
 using json_rpc::ErrorCode;
 
 namespace {
@@ -156,4 +159,57 @@ TEST(RPCBatch, CountsAndArrayText) {
     ASSERT_EQ(text.toArray().size(), 2);
     EXPECT_EQ(text[0][QLatin1String("result")], QJsonValue(1));
     EXPECT_EQ(text[1][QLatin1String("error")][QLatin1String("code")], QJsonValue(-32600));
+}
+
+// The message text is written by the library's own writer. Qt's compact writer is the reference:
+// the two must agree byte for byte on every kind of value, so that clients see one format.
+TEST(RPCObject, TextIsWhatQtsCompactWriterWouldWrite) {
+    const QJsonObject nested{
+        {QStringLiteral("b"), QJsonArray{1, 2.5, -0.125, QJsonValue::Null, true, false}},
+        {QStringLiteral("a"), QJsonObject{{QStringLiteral("deep"), QJsonArray{QJsonObject{}}}}},
+        {QStringLiteral("empty"), QJsonArray{}},
+    };
+    const std::vector<QJsonValue> results{
+        QJsonValue::Null,
+        true,
+        0,
+        -7,
+        qint64(9007199254740993), // beyond 2^53: must keep every digit
+        qint64(-9223372036854775807LL - 1),
+        3.0,
+        0.1,
+        -2.5e-8,
+        1e20,
+        1.7976931348623157e308,
+        5e-324,
+        QStringLiteral(""),
+        QStringLiteral("plain ascii"),
+        QStringLiteral("quote \" backslash \\ slash / tab\t newline\n cr\r bs\b ff\f"),
+        QString(QChar(0x01)) + QChar(0x1f) + QChar(0x7f),
+        QStringLiteral("Gr\u00fc\u00dfe \u2013 \u4e2d\u6587 \U0001F600"),
+        QString(QChar(0xd800)) + QStringLiteral("lone surrogate"),
+        nested,
+        QJsonArray{nested, QStringLiteral("x\ny"), QJsonArray{QJsonArray{}}},
+    };
+    for (const QJsonValue& result : results) {
+        RPCResponse response(request_with_id("tarvo.cmd", QStringLiteral("id \"7\"")));
+        response.set_result(result);
+        const QByteArray expected = QJsonDocument(response.json()).toJson(QJsonDocument::Compact);
+        EXPECT_EQ(response.to_json_string().toStdString(), expected.toStdString());
+    }
+
+    // Non-finite numbers have no JSON form; both writers send null.
+    RPCResponse infinite(request_with_id("tarvo.cmd", 1));
+    infinite.set_result(std::numeric_limits<double>::infinity());
+    EXPECT_EQ(infinite.to_json_string().toStdString(),
+              QJsonDocument(infinite.json()).toJson(QJsonDocument::Compact).toStdString());
+
+    std::vector<RPCRequest> notifications;
+    for (const QJsonValue& result : results)
+        notifications.emplace_back(QStringLiteral("print_message"), QJsonArray{result});
+    QJsonArray array;
+    for (const RPCRequest& notification : notifications)
+        array.append(notification.json());
+    EXPECT_EQ(RPCBatchRequest(notifications).to_json_string().toStdString(),
+              QJsonDocument(array).toJson(QJsonDocument::Compact).toStdString());
 }

@@ -71,6 +71,8 @@ public:
     RPCResponse() = default;
     // A response carrying the request's id (no result yet).
     explicit RPCResponse(const RPCRequest& request);
+    // The same with its result; equal to set_result(result) on the above, and cheaper.
+    RPCResponse(const RPCRequest& request, const QJsonValue& result);
     static RPCResponse from_json(const QJsonObject& object);
     // The library's error response; id Null when the request's id could not be read.
     static RPCResponse error(const QJsonValue& id, json_rpc::ErrorCode code,
