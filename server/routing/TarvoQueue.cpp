@@ -224,10 +224,11 @@ void TarvoQueue::release_queue(std::unique_lock<std::mutex>& lock) {
         if (posts & bit_of(type))
             notify(type);
     }
-    std::vector<std::promise<int>> done;
-    done.swap(deferred_done);
-    for (std::promise<int>& promise : done)
+    // Only this thread touches the list, and nothing below reenters here; clearing it in place
+    // keeps its storage for the next task.
+    for (std::promise<int>& promise : deferred_done)
         promise.set_value(1);
+    deferred_done.clear();
 }
 
 // The worker thread: the only thread that calls the kernel.
