@@ -2,7 +2,8 @@
 // worker, wrapper and back), set against the floor that a bare WebSocket echo gives on the same
 // machine in the same run.
 //
-//   bench_rpc_latency [server-binary] [--calls N] [--warmup N] [--pipelined N] [--echo-only]
+//   bench_rpc_latency [server-binary] [--calls N] [--warmup N] [--pipelined N] [--rounds N]
+//                     [--against other-server-binary] [--echo-only]
 //
 // The server binary comes from the argument, else from TARVO_SERVER, else from the build's own
 // tarvo_server target when it exists. Without one only the echo server is measured.
@@ -13,10 +14,16 @@
 // Both targets pay the same client-side costs (building the text, parsing every reply), and
 // both run with TCP_NODELAY on each side; the output says so, and gives the load average, which
 // moves the numbers more than anything else on a shared machine.
+//
+// --against runs a second server binary (an older build, say) in the same alternating rounds,
+// so that a change is judged under the same load as its baseline. For every target the program
+// also counts the context switches of the serving threads per sequential call: a round trip that
+// costs more sleeps and wake-ups than the echo's one shows it there first.
 
 #include <QAbstractSocket>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -32,10 +39,16 @@
 #include <QWebSocket>
 #include <QWebSocketServer>
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -88,6 +101,42 @@ QString load_average() {
     return QString::fromLatin1(file.readLine()).section(QLatin1Char(' '), 0, 2);
 }
 
+// What one thread has cost so far: context switches, voluntary (it slept) and involuntary
+// (preempted), and time on a CPU.
+struct Switches {
+    long voluntary = 0;
+    long involuntary = 0;
+    qint64 cpu_ns = 0;
+};
+
+Switches read_switches(qint64 pid, qint64 tid) {
+    Switches switches;
+    const QString task = QStringLiteral("/proc/%1/task/%2/").arg(pid).arg(tid);
+    QFile status(task + QStringLiteral("status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("voluntary_ctxt_switches:"))
+                switches.voluntary = line.mid(24).trimmed().toLong();
+            else if (line.startsWith("nonvoluntary_ctxt_switches:"))
+                switches.involuntary = line.mid(27).trimmed().toLong();
+        }
+    }
+    // First field: nanoseconds spent running.
+    QFile schedstat(task + QStringLiteral("schedstat"));
+    if (schedstat.open(QIODevice::ReadOnly))
+        switches.cpu_ns = schedstat.readAll().split(' ').value(0).toLongLong();
+    return switches;
+}
+
+// Every thread of a process, by thread id.
+std::map<qint64, Switches> read_all_switches(qint64 pid) {
+    std::map<qint64, Switches> threads;
+    QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+    for (const QString& name : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        threads[name.toLongLong()] = read_switches(pid, name.toLongLong());
+    return threads;
+}
+
 // A plain WebSocket echo on a thread of its own, so that client and server each run their own
 // event loop, as they do against the real process.
 class EchoServer {
@@ -100,6 +149,7 @@ public:
         QMetaObject::invokeMethod(
             anchor,
             [this] {
+                thread_id = static_cast<qint64>(syscall(SYS_gettid));
                 auto* server = new QWebSocketServer(QStringLiteral("echo"),
                                                     QWebSocketServer::NonSecureMode, anchor);
                 if (!server->listen(QHostAddress::LocalHost, 0))
@@ -134,9 +184,14 @@ public:
     quint16 port() const { return listening_port; }
     // TCP_NODELAY of the last accepted socket, as the echo thread read it back.
     const char* low_delay() const { return accepted_low_delay.load(); }
+    // The echo's serving thread, for its context switches.
+    std::map<qint64, Switches> switches() const {
+        return {{thread_id, read_switches(QCoreApplication::applicationPid(), thread_id)}};
+    }
 
 private:
     std::atomic<const char*> accepted_low_delay{"unknown"};
+    qint64 thread_id = 0; // written on the echo thread before the constructor returns
     QThread thread;
     QObject* anchor = nullptr; // lives on `thread`; parent of the listener and its sockets
     quint16 listening_port = 0;
@@ -190,6 +245,7 @@ public:
     }
 
     quint16 port() const { return listening_port; }
+    std::map<qint64, Switches> switches() const { return read_all_switches(process.processId()); }
 
     // Empty while the server runs; otherwise how it ended, for the report of a failed phase.
     QString exit_text() {
@@ -229,8 +285,13 @@ struct Result {
     int pipelined_received = 0;
     double pipelined_seconds = 0;
     const char* client_low_delay = "unknown"; // TCP_NODELAY on the bench's own socket
+    // Per serving thread, switches during the sequential calls (warm-up included).
+    std::map<qint64, Switches> switches;
+    int switch_calls = 0;
     QString failure;
 };
+
+using SwitchSampler = std::function<std::map<qint64, Switches>()>;
 
 void run_sequential(QWebSocket& socket, int warmup, int calls, int timeout_ms, Result& result) {
     const int total = warmup + calls;
@@ -300,7 +361,8 @@ void run_pipelined(QWebSocket& socket, int count, int timeout_ms, Result& result
     result.pipelined_seconds = static_cast<double>(last_reply_ns) / 1e9;
 }
 
-Result measure(quint16 port, int warmup, int calls, int pipelined, int timeout_ms) {
+Result measure(quint16 port, int warmup, int calls, int pipelined, int timeout_ms,
+               const SwitchSampler& sample_switches) {
     Result result;
     QWebSocket socket;
     if (!open_socket(socket, port, 10000)) {
@@ -309,7 +371,15 @@ Result measure(quint16 port, int warmup, int calls, int pipelined, int timeout_m
         return result;
     }
     result.client_low_delay = low_delay_text(tcp_socket_of(&socket, nullptr));
+    const std::map<qint64, Switches> before = sample_switches();
     run_sequential(socket, warmup, calls, timeout_ms, result);
+    for (const auto& [tid, after] : sample_switches()) {
+        const auto old = before.find(tid);
+        const Switches start = old == before.end() ? Switches{} : old->second;
+        result.switches[tid] = {after.voluntary - start.voluntary,
+                                after.involuntary - start.involuntary, after.cpu_ns - start.cpu_ns};
+    }
+    result.switch_calls = result.sequential_replies;
     if (!result.sequential_complete)
         result.failure = QStringLiteral("sequential phase stopped after %1 of %2 replies")
                              .arg(result.sequential_replies)
@@ -351,6 +421,21 @@ Summary print_row(const char* name, Result& result) {
                     result.sequential_errors);
     if (!result.failure.isEmpty())
         std::printf("  failed: %s\n", qPrintable(result.failure));
+    if (result.switch_calls > 0) {
+        // Threads that hardly ran (start-up helpers) are left out.
+        std::printf("  per call, by thread: ");
+        const char* separator = "";
+        for (const auto& [tid, count] : result.switches) {
+            const double calls = result.switch_calls;
+            if (count.voluntary + count.involuntary < result.switch_calls / 100)
+                continue;
+            std::printf("%s%.1f us on CPU, %.2f + %.2f switches (slept + preempted)", separator,
+                        count.cpu_ns / 1000.0 / calls, count.voluntary / calls,
+                        count.involuntary / calls);
+            separator = "; ";
+        }
+        std::printf("\n");
+    }
     return s;
 }
 
@@ -393,8 +478,12 @@ int main(int argc, char* argv[]) {
         QStringLiteral("n"), QStringLiteral("7"));
     const QCommandLineOption echo_only_option(QStringLiteral("echo-only"),
                                               QStringLiteral("Measure the echo server alone."));
+    const QCommandLineOption against_option(
+        QStringLiteral("against"),
+        QStringLiteral("A second tarvo_server binary, measured in the same rounds."),
+        QStringLiteral("binary"));
     options.addOptions({calls_option, warmup_option, pipelined_option, timeout_option,
-                        rounds_option, echo_only_option});
+                        rounds_option, echo_only_option, against_option});
     options.process(app);
 
     const int calls = std::max(1, options.value(calls_option).toInt());
@@ -428,10 +517,35 @@ int main(int argc, char* argv[]) {
             return 1;
         }
     }
+    std::unique_ptr<ServerProcess> against;
+    if (!echo_only && options.isSet(against_option)) {
+        against = std::make_unique<ServerProcess>();
+        QString error;
+        if (!against->start(options.value(against_option), timeout_ms, &error)) {
+            std::printf("against: not measured (%s)\n", qPrintable(error));
+            return 1;
+        }
+    }
 
-    Result echo_result, server_result;
-    std::vector<double> round_ratios;
-    const auto append = [](Result& into, const Result& from) {
+    // The targets in the order that every round measures them.
+    struct Target {
+        const char* name;
+        quint16 port;
+        SwitchSampler switches;
+        Result total;
+        std::vector<double> round_p50;
+    };
+    std::vector<Target> targets;
+    targets.push_back(
+        {"echo", echo_server.port(), [&echo_server] { return echo_server.switches(); }, {}, {}});
+    if (!echo_only)
+        targets.push_back(
+            {"tarvo_server", server.port(), [&server] { return server.switches(); }, {}, {}});
+    if (against != nullptr)
+        targets.push_back(
+            {"against", against->port(), [&] { return against->switches(); }, {}, {}});
+
+    const auto append = [](Result& into, Result& from) {
         into.latency_us.insert(into.latency_us.end(), from.latency_us.begin(),
                                from.latency_us.end());
         into.sequential_errors += from.sequential_errors;
@@ -439,51 +553,74 @@ int main(int argc, char* argv[]) {
         into.pipelined_received += from.pipelined_received;
         into.pipelined_seconds += from.pipelined_seconds;
         into.client_low_delay = from.client_low_delay;
+        for (const auto& [tid, count] : from.switches) {
+            into.switches[tid].voluntary += count.voluntary;
+            into.switches[tid].involuntary += count.involuntary;
+            into.switches[tid].cpu_ns += count.cpu_ns;
+        }
+        into.switch_calls += from.switch_calls;
         if (into.failure.isEmpty())
             into.failure = from.failure;
     };
-    const auto median_p50 = [](std::vector<double> values) {
+    const auto median = [](std::vector<double> values) {
         std::sort(values.begin(), values.end());
         return values.empty() ? NAN : values[values.size() / 2];
     };
-    for (int round = 0; round < rounds; ++round) {
+    bool failed = false;
+    for (int round = 0; round < rounds && !failed; ++round) {
         const int round_pipelined = round + 1 == rounds ? pipelined : 0;
-        const Result echo_round =
-            measure(echo_server.port(), warmup, calls, round_pipelined, timeout_ms);
-        append(echo_result, echo_round);
-        if (echo_only)
-            continue;
-        Result server_round = measure(server.port(), warmup, calls, round_pipelined, timeout_ms);
-        if (!server_round.failure.isEmpty() && !server.exit_text().isEmpty())
-            server_round.failure += QStringLiteral(" (%1)").arg(server.exit_text());
-        append(server_result, server_round);
-        if (!server_round.failure.isEmpty() || !echo_round.failure.isEmpty())
-            break;
-        round_ratios.push_back(median_p50(server_round.latency_us) /
-                               median_p50(echo_round.latency_us));
+        for (Target& target : targets) {
+            Result result =
+                measure(target.port, warmup, calls, round_pipelined, timeout_ms, target.switches);
+            if (!result.failure.isEmpty()) {
+                failed = true;
+                ServerProcess* process = target.port == server.port() ? &server : against.get();
+                if (target.port != echo_server.port() && !process->exit_text().isEmpty())
+                    result.failure += QStringLiteral(" (%1)").arg(process->exit_text());
+            }
+            target.round_p50.push_back(median(result.latency_us));
+            append(target.total, result);
+        }
     }
 
-    const Summary echo = print_row("echo", echo_result);
-    std::printf("  TCP_NODELAY: client %s, echo server %s\n", echo_result.client_low_delay,
-                echo_server.low_delay());
+    std::vector<Summary> summaries;
+    for (Target& target : targets) {
+        summaries.push_back(print_row(target.name, target.total));
+        std::printf("  TCP_NODELAY: client %s, %s\n", target.total.client_low_delay,
+                    target.port == echo_server.port()
+                        ? (QByteArray("echo server ") + echo_server.low_delay()).constData()
+                        : "the server sets it on every accepted socket");
+    }
+    bool ok = !failed;
     if (echo_only) {
         std::printf("tarvo_server: not measured (%s)\n",
                     options.isSet(echo_only_option) ? "--echo-only"
                                                     : "no binary given, TARVO_SERVER unset");
-        return echo_result.failure.isEmpty() ? 0 : 1;
+        return ok ? 0 : 1;
     }
-    const Summary tarvo = print_row("tarvo_server", server_result);
-    std::printf("  TCP_NODELAY: client %s (the server sets it on every accepted socket)\n",
-                server_result.client_low_delay);
-
     std::printf("load average at end: %s\n", qPrintable(load_average()));
-    std::printf("p50 ratio per round:");
-    for (double ratio : round_ratios)
-        std::printf(" %.2f", ratio);
-    std::printf("\nratio p50(tarvo_server)/p50(echo), median of %zu rounds: %.2f\n",
-                round_ratios.size(), median_p50(round_ratios));
-    std::printf("ratio p50(tarvo_server)/p50(echo), all calls pooled: %.2f\n",
-                tarvo.p50 / echo.p50);
-    std::printf("ratio pipelined(echo)/pipelined(tarvo_server): %.2f\n", echo.rate / tarvo.rate);
-    return echo_result.failure.isEmpty() && server_result.failure.isEmpty() ? 0 : 1;
+
+    // Each round's p50 over the echo's p50 in the same round; the headline is their median.
+    for (size_t t = 1; t < targets.size(); ++t) {
+        std::vector<double> ratios;
+        for (size_t r = 0; r < targets[t].round_p50.size(); ++r)
+            ratios.push_back(targets[t].round_p50[r] / targets[0].round_p50[r]);
+        std::printf("%s: p50 ratio per round:", targets[t].name);
+        for (double ratio : ratios)
+            std::printf(" %.2f", ratio);
+        std::printf("\nratio p50(%s)/p50(echo), median of %zu rounds: %.2f\n", targets[t].name,
+                    ratios.size(), median(ratios));
+        std::printf("ratio p50(%s)/p50(echo), all calls pooled: %.2f\n", targets[t].name,
+                    summaries[t].p50 / summaries[0].p50);
+        std::printf("ratio pipelined(echo)/pipelined(%s): %.2f\n", targets[t].name,
+                    summaries[0].rate / summaries[t].rate);
+    }
+    if (against != nullptr) {
+        std::vector<double> ratios;
+        for (size_t r = 0; r < targets[1].round_p50.size(); ++r)
+            ratios.push_back(targets[1].round_p50[r] / targets[2].round_p50[r]);
+        std::printf("ratio p50(tarvo_server)/p50(against), median of %zu rounds: %.2f\n",
+                    ratios.size(), median(ratios));
+    }
+    return ok ? 0 : 1;
 }
