@@ -83,7 +83,10 @@ bool is_json_scalar(const QString& text) {
 } // namespace
 
 void JsonRPCParser::parse(const QString& text) {
-    *this = JsonRPCParser();
+    // A parser is normally used once; only a second text has an answer to forget.
+    if (used)
+        *this = JsonRPCParser();
+    used = true;
 
     if (text.trimmed().isEmpty()) {
         empty = true;

@@ -2,6 +2,7 @@
 
 #include <QLocale>
 
+#include <charconv>
 #include <cmath>
 
 namespace json_rpc::writer {
@@ -15,38 +16,45 @@ inline bool needs_escape(unsigned char c) {
     return c < 0x20 || c == '"' || c == '\\';
 }
 
-void append_escaped_byte(QByteArray& out, unsigned char c) {
-    out.append('\\');
+void append_escaped_byte(std::string& out, unsigned char c) {
+    out.push_back('\\');
     switch (c) {
     case '"':
-        out.append('"');
+        out.push_back('"');
         return;
     case '\\':
-        out.append('\\');
+        out.push_back('\\');
         return;
     case '\b':
-        out.append('b');
+        out.push_back('b');
         return;
     case '\f':
-        out.append('f');
+        out.push_back('f');
         return;
     case '\n':
-        out.append('n');
+        out.push_back('n');
         return;
     case '\r':
-        out.append('r');
+        out.push_back('r');
         return;
     case '\t':
-        out.append('t');
+        out.push_back('t');
         return;
     default:
         out.append("u00", 3);
-        out.append(kHex[c >> 4]);
-        out.append(kHex[c & 0xf]);
+        out.push_back(kHex[c >> 4]);
+        out.push_back(kHex[c & 0xf]);
     }
 }
 
-void append_number(QByteArray& out, double value) {
+void append_integer(std::string& out, qint64 value) {
+    char digits[24];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
+    (void)error; // 24 characters hold every 64-bit integer
+    out.append(digits, end);
+}
+
+void append_number(std::string& out, double value) {
     if (!std::isfinite(value)) {
         // JSON has no infinities or NaN; the reader gets null, as from QJsonDocument.
         out.append("null", 4);
@@ -56,16 +64,17 @@ void append_number(QByteArray& out, double value) {
     // shortest form that reads back to the same double.
     constexpr double kExact = 9007199254740992.0; // 2^53
     if (std::fabs(value) <= kExact && std::trunc(value) == value) {
-        out.append(QByteArray::number(static_cast<qint64>(value)));
+        append_integer(out, static_cast<qint64>(value));
         return;
     }
-    out.append(QByteArray::number(value, 'g', QLocale::FloatingPointShortest));
+    const QByteArray text = QByteArray::number(value, 'g', QLocale::FloatingPointShortest);
+    out.append(text.constData(), static_cast<size_t>(text.size()));
 }
 
 } // namespace
 
-void append_string(QByteArray& out, QStringView text) {
-    out.append('"');
+void append_string(std::string& out, QStringView text) {
+    out.push_back('"');
     const qsizetype n = text.size();
     for (qsizetype i = 0; i < n; ++i) {
         const char16_t c = text[i].unicode();
@@ -73,33 +82,33 @@ void append_string(QByteArray& out, QStringView text) {
             if (needs_escape(static_cast<unsigned char>(c)))
                 append_escaped_byte(out, static_cast<unsigned char>(c));
             else
-                out.append(static_cast<char>(c));
+                out.push_back(static_cast<char>(c));
         } else if (c < 0x800) {
-            out.append(static_cast<char>(0xc0 | (c >> 6)));
-            out.append(static_cast<char>(0x80 | (c & 0x3f)));
+            out.push_back(static_cast<char>(0xc0 | (c >> 6)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3f)));
         } else if (QChar::isHighSurrogate(c) && i + 1 < n && text[i + 1].isLowSurrogate()) {
             const char32_t code = QChar::surrogateToUcs4(c, text[i + 1].unicode());
             ++i;
-            out.append(static_cast<char>(0xf0 | (code >> 18)));
-            out.append(static_cast<char>(0x80 | ((code >> 12) & 0x3f)));
-            out.append(static_cast<char>(0x80 | ((code >> 6) & 0x3f)));
-            out.append(static_cast<char>(0x80 | (code & 0x3f)));
+            out.push_back(static_cast<char>(0xf0 | (code >> 18)));
+            out.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | (code & 0x3f)));
         } else if (QChar::isSurrogate(c)) {
             // A surrogate without its partner has no UTF-8 form; it travels as an escape, so
             // that nothing of the string is lost.
             out.append("\\u", 2);
             for (int shift = 12; shift >= 0; shift -= 4)
-                out.append(kHex[(c >> shift) & 0xf]);
+                out.push_back(kHex[(c >> shift) & 0xf]);
         } else {
-            out.append(static_cast<char>(0xe0 | (c >> 12)));
-            out.append(static_cast<char>(0x80 | ((c >> 6) & 0x3f)));
-            out.append(static_cast<char>(0x80 | (c & 0x3f)));
+            out.push_back(static_cast<char>(0xe0 | (c >> 12)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3f)));
         }
     }
-    out.append('"');
+    out.push_back('"');
 }
 
-void append(QByteArray& out, const QJsonValue& value) {
+void append(std::string& out, const QJsonValue& value) {
     switch (value.type()) {
     case QJsonValue::Null:
     case QJsonValue::Undefined:
@@ -117,7 +126,7 @@ void append(QByteArray& out, const QJsonValue& value) {
         // toInteger answers its default for a value that isn't integral, so two defaults tell.
         const qint64 integer = value.toInteger(0);
         if (integer == value.toInteger(1) && static_cast<double>(integer) == value.toDouble())
-            out.append(QByteArray::number(integer));
+            append_integer(out, integer);
         else
             append_number(out, value.toDouble());
         return;
@@ -134,30 +143,30 @@ void append(QByteArray& out, const QJsonValue& value) {
     }
 }
 
-void append(QByteArray& out, const QJsonObject& object) {
-    out.append('{');
+void append(std::string& out, const QJsonObject& object) {
+    out.push_back('{');
     bool first = true;
     for (auto it = object.constBegin(), end = object.constEnd(); it != end; ++it) {
         if (!first)
-            out.append(',');
+            out.push_back(',');
         first = false;
         append_string(out, it.key());
-        out.append(':');
+        out.push_back(':');
         append(out, it.value());
     }
-    out.append('}');
+    out.push_back('}');
 }
 
-void append(QByteArray& out, const QJsonArray& array) {
-    out.append('[');
+void append(std::string& out, const QJsonArray& array) {
+    out.push_back('[');
     bool first = true;
     for (const QJsonValue& element : array) {
         if (!first)
-            out.append(',');
+            out.push_back(',');
         first = false;
         append(out, element);
     }
-    out.append(']');
+    out.push_back(']');
 }
 
 } // namespace json_rpc::writer

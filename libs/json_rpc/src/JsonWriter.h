@@ -13,13 +13,20 @@
 #include <QJsonObject>
 #include <QJsonValue>
 
+#include <string>
+
 namespace json_rpc::writer {
 
-void append(QByteArray& out, const QJsonValue& value);
-void append(QByteArray& out, const QJsonObject& object);
-void append(QByteArray& out, const QJsonArray& array);
+// The text is gathered in a std::string, whose appends are inlined, and copied out once.
+void append(std::string& out, const QJsonValue& value);
+void append(std::string& out, const QJsonObject& object);
+void append(std::string& out, const QJsonArray& array);
 
 // A string as a quoted JSON string.
-void append_string(QByteArray& out, QStringView text);
+void append_string(std::string& out, QStringView text);
+
+inline QByteArray to_bytes(const std::string& text) {
+    return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 } // namespace json_rpc::writer

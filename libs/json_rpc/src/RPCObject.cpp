@@ -57,10 +57,10 @@ const char* error_message(ErrorCode code) {
 } // namespace json_rpc
 
 QByteArray RPCObject::to_json_string() const {
-    QByteArray text;
-    text.reserve(96);
+    std::string text;
+    text.reserve(128);
     json_rpc::writer::append(text, object);
-    return text;
+    return json_rpc::writer::to_bytes(text);
 }
 
 // --- RPCRequest -------------------------------------------------------------------------------
@@ -183,16 +183,16 @@ namespace {
 
 // One JSON array of the messages' objects, written without gathering them in a QJsonArray.
 template <typename Message> QByteArray array_text(const std::vector<Message>& messages) {
-    QByteArray text;
-    text.reserve(static_cast<qsizetype>(96 * messages.size() + 2));
-    text.append('[');
+    std::string text;
+    text.reserve(128 * messages.size() + 2);
+    text.push_back('[');
     for (size_t i = 0; i < messages.size(); ++i) {
         if (i != 0)
-            text.append(',');
+            text.push_back(',');
         json_rpc::writer::append(text, messages[i].json());
     }
-    text.append(']');
-    return text;
+    text.push_back(']');
+    return json_rpc::writer::to_bytes(text);
 }
 
 } // namespace

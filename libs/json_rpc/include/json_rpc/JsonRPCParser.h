@@ -37,6 +37,7 @@ public:
     RPCBatchResponse batch_errors() const { return errors; }
 
 private:
+    bool used = false;
     bool empty = false;
     bool batch = false;
     bool request_kind = false;
