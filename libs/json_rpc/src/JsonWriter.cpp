@@ -54,17 +54,12 @@ void append_integer(std::string& out, qint64 value) {
     out.append(digits, end);
 }
 
+// A number that isn't an integer (those go through append_integer): the shortest form that reads
+// back to the same double.
 void append_number(std::string& out, double value) {
     if (!std::isfinite(value)) {
         // JSON has no infinities or NaN; the reader gets null, as from QJsonDocument.
         out.append("null", 4);
-        return;
-    }
-    // Integral values within the exactly representable range print as integers, others in the
-    // shortest form that reads back to the same double.
-    constexpr double kExact = 9007199254740992.0; // 2^53
-    if (std::fabs(value) <= kExact && std::trunc(value) == value) {
-        append_integer(out, static_cast<qint64>(value));
         return;
     }
     const QByteArray text = QByteArray::number(value, 'g', QLocale::FloatingPointShortest);
