@@ -4,7 +4,10 @@
 #include "core/Session.h"
 #include "geometry/GeometryModule.h"
 
+#include <BRepAlgoAPI_BuilderAlgo.hxx>
 #include <Message_ProgressIndicator.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopTools_ListOfShape.hxx>
 #include <TopoDS_Compound.hxx>
 
 #include <string>
@@ -70,6 +73,43 @@ std::string describe(const char* kind, const std::vector<int>& ids);
 std::vector<int> volume_ids(const Body& body);
 // Rejects shapes that OpenCASCADE considers invalid.
 bool shape_is_valid(const TopoDS_Shape& shape);
+
+// False (with an error) unless `value` is finite and positive; `what` names it.
+bool positive(double value, const char* what);
+// Adds a new body made of `shape`; with `what`, prints what was created ("" for no remark).
+int add_new_body(GeometryModel& model, const TopoDS_Shape& shape, const char* what = nullptr);
+std::vector<TopoDS_Shape> solids_of(const TopoDS_Shape& shape);
+// False (with an error) when an algorithm was interrupted or failed.
+bool check_done(const BRepAlgoAPI_BuilderAlgo& algo, const char* what);
+// False (with an error) when one of the bodies has no volume.
+bool all_solid(const GeometryModel& model, const std::vector<int>& bodies, const char* verb);
+
+// Images of a sub-shape after an algorithm: its modified pieces, itself when untouched, none when
+// deleted.
+template <class Algo> std::vector<TopoDS_Shape> images_after(Algo& algo, const TopoDS_Shape& s) {
+    std::vector<TopoDS_Shape> out;
+    if (algo.IsDeleted(s))
+        return out;
+    const TopTools_ListOfShape& mod = algo.Modified(s);
+    if (mod.IsEmpty()) {
+        out.push_back(s);
+        return out;
+    }
+    for (const TopoDS_Shape& m : mod)
+        out.push_back(m);
+    return out;
+}
+
+// The body's pieces after an algorithm, in the order of the original pieces.
+template <class Algo> std::vector<TopoDS_Shape> body_images(Algo& algo, const Body& body) {
+    std::vector<TopoDS_Shape> out;
+    TopTools_IndexedMapOfShape seen;
+    for (const TopoDS_Shape& piece : pieces_of(body))
+        for (const TopoDS_Shape& image : images_after(algo, piece))
+            if (seen.Add(image))
+                out.push_back(image);
+    return out;
+}
 
 // Sews loose faces of sheet bodies into solids where they close, and fixes small defects. Each
 // body keeps its id; its pieces get new ids.

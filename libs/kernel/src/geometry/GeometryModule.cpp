@@ -1,5 +1,7 @@
 #include "geometry/GeometryModule.h"
 
+#include "core/Guard.h"
+
 #include "core/Session.h"
 #include "geometry/GeometryInternal.h"
 
@@ -13,6 +15,7 @@
 #include <TopoDS_Iterator.hxx>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <sstream>
 
@@ -47,19 +50,7 @@ void shutdown_geometry_module() {
 }
 
 bool guarded(const char* what, const std::function<bool()>& body) {
-    try {
-        return body();
-    } catch (const Standard_Failure& e) {
-        const char* msg = e.GetMessageString();
-        return error(std::string(what) + " failed: OpenCASCADE " + e.DynamicType()->Name() +
-                     (msg && *msg ? std::string(": ") + msg : std::string()));
-    } catch (const std::string& e) {
-        return error(std::string(what) + " failed: " + e);
-    } catch (const std::exception& e) {
-        return error(std::string(what) + " failed: " + e.what());
-    } catch (...) {
-        return error(std::string(what) + " failed: unknown exception");
-    }
+    return guarded(what, false, body);
 }
 
 // ---- helpers ----------------------------------------------------------------------------------
@@ -149,6 +140,50 @@ bool shape_is_valid(const TopoDS_Shape& shape) {
         return false;
     BRepCheck_Analyzer check(shape);
     return check.IsValid();
+}
+
+bool positive(double value, const char* what) {
+    if (!(value > 0) || !std::isfinite(value))
+        return error(std::string(what) + " must be positive");
+    return true;
+}
+
+int add_new_body(GeometryModel& model, const TopoDS_Shape& shape, const char* what) {
+    auto body = model.make_body(model.next_id(GeomKind::Body), shape, nullptr);
+    const int id = body->id;
+    model.put_body(body);
+    if (what) {
+        if (!body->volumes.empty())
+            print(std::string("Created ") + describe("volume", volume_ids(*body)) +
+                  (*what ? std::string(" (") + what + ")" : std::string()));
+        else if (!body->surfaces.empty())
+            print("Created surface " + std::to_string(body->surfaces.front().id));
+        else if (!body->curves.empty())
+            print("Created curve " + std::to_string(body->curves.front().id));
+        else if (!body->vertices.empty())
+            print("Created vertex " + std::to_string(body->vertices.front().id));
+    }
+    return id;
+}
+
+std::vector<TopoDS_Shape> solids_of(const TopoDS_Shape& shape) {
+    return GeometryModel::explore(shape, GeomKind::Volume);
+}
+
+bool check_done(const BRepAlgoAPI_BuilderAlgo& algo, const char* what) {
+    if (interrupted())
+        return error("Interrupted");
+    if (!algo.IsDone() || algo.HasErrors())
+        return error(std::string(what) + " failed in the geometry engine");
+    return true;
+}
+
+bool all_solid(const GeometryModel& model, const std::vector<int>& bodies, const char* verb) {
+    for (int bid : bodies)
+        if (model.body(bid)->volumes.empty())
+            return error(std::string("cannot ") + verb + " body " + std::to_string(bid) +
+                         ": it has no volume");
+    return true;
 }
 
 } // namespace geometry_detail

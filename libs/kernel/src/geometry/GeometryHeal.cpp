@@ -1,0 +1,162 @@
+// Delete and heal of the geometry module.
+#include "core/Session.h"
+#include "geometry/GeometryInternal.h"
+#include "geometry/GeometryModule.h"
+
+#include <BRepBndLib.hxx>
+#include <BRepBuilderAPI_Copy.hxx>
+#include <BRepBuilderAPI_MakeSolid.hxx>
+#include <BRepBuilderAPI_Sewing.hxx>
+#include <BRep_Tool.hxx>
+#include <Bnd_Box.hxx>
+#include <ShapeFix_Shape.hxx>
+#include <ShapeFix_Solid.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Shell.hxx>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarvo::kernel {
+
+using namespace geometry_detail;
+
+bool GeometryModule::remove(const std::vector<EntityKey>& list) {
+    return guarded("delete", [&] {
+        if (list.empty())
+            return error("nothing to delete");
+        Transaction tx(model_);
+        int n = 0;
+        for (const EntityKey& key : list) {
+            if (!model_.exists(key.kind, key.id))
+                continue; // gone with an earlier item of the list
+            if (key.kind == GeomKind::Body) {
+                model_.remove_body(key.id);
+                ++n;
+                continue;
+            }
+            if (key.kind != GeomKind::Volume && !model_.is_free(key.kind, key.id))
+                return error(std::string("cannot delete ") + kind_name(key.kind) + " " +
+                             std::to_string(key.id) + ": it belongs to a larger entity");
+            TopoDS_Shape target = model_.shape(key.kind, key.id);
+            for (int bid : model_.bodies_of(key.kind, key.id)) {
+                BodyPtr body = model_.body(bid);
+                std::vector<TopoDS_Shape> keep;
+                for (const TopoDS_Shape& piece : pieces_of(*body))
+                    if (!piece.IsSame(target))
+                        keep.push_back(piece);
+                if (keep.empty()) {
+                    model_.remove_body(bid);
+                } else {
+                    GeometryModel::IdHints hints;
+                    add_hints(model_, *body, {bid}, hints,
+                              [](const TopoDS_Shape& s) { return std::vector<TopoDS_Shape>{s}; });
+                    model_.put_body(model_.make_body(
+                        bid, keep.size() == 1 ? keep.front() : make_compound(keep), &hints));
+                }
+            }
+            ++n;
+        }
+        tx.commit();
+        print("Deleted " + std::to_string(n) + " entit" + (n == 1 ? "y" : "ies"));
+        return true;
+    });
+}
+
+namespace geometry_detail {
+
+bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress* progress,
+                 int& solids_made) {
+    long done = 0;
+    const long total = static_cast<long>(bodies.size()) + 1;
+    std::vector<int> sheets;
+    for (int bid : bodies) {
+        if (interrupted())
+            return error("Interrupted");
+        BodyPtr body = model.body(bid);
+        if (body->volumes.empty() && !body->surfaces.empty()) {
+            sheets.push_back(bid);
+            continue;
+        }
+        // Healing works on a copy: published shapes are shared with snapshots.
+        ShapeFix_Shape fix(BRepBuilderAPI_Copy(body->shape).Shape());
+        fix.Perform();
+        model.put_body(model.make_body(bid, fix.Shape(), nullptr));
+        if (progress)
+            progress->step(++done, total);
+    }
+    if (sheets.empty())
+        return true;
+    // Loose faces of all the sheet bodies together: sew them into shells, and closed shells
+    // into solids. The results take the sheet bodies' ids in order; new bodies for the rest.
+    Bnd_Box box;
+    std::vector<TopoDS_Shape> faces;
+    for (int bid : sheets) {
+        TopoDS_Shape copy = BRepBuilderAPI_Copy(model.body(bid)->shape).Shape();
+        BRepBndLib::Add(copy, box);
+        for (TopExp_Explorer ex(copy, TopAbs_FACE); ex.More(); ex.Next())
+            faces.push_back(ex.Current());
+    }
+    BRepBuilderAPI_Sewing sew(std::max(1e-6, 1e-5 * std::sqrt(box.SquareExtent())));
+    for (const TopoDS_Shape& f : faces)
+        sew.Add(f);
+    sew.Perform();
+    if (interrupted())
+        return error("Interrupted");
+    TopoDS_Shape sewn = sew.SewedShape();
+    std::vector<TopoDS_Shape> parts;
+    for (TopExp_Explorer ex(sewn, TopAbs_SHELL); ex.More(); ex.Next()) {
+        TopoDS_Shell shell = TopoDS::Shell(ex.Current());
+        if (BRep_Tool::IsClosed(shell)) {
+            BRepBuilderAPI_MakeSolid ms(shell);
+            if (ms.IsDone()) {
+                ShapeFix_Solid fix(ms.Solid());
+                fix.Perform();
+                parts.push_back(fix.Solid());
+                ++solids_made;
+                continue;
+            }
+        }
+        parts.push_back(shell);
+    }
+    std::vector<TopoDS_Shape> loose;
+    for (TopExp_Explorer ex(sewn, TopAbs_FACE, TopAbs_SHELL); ex.More(); ex.Next())
+        loose.push_back(ex.Current());
+    if (!loose.empty())
+        parts.push_back(loose.size() == 1 ? loose.front() : make_compound(loose));
+    for (int bid : sheets)
+        model.remove_body(bid);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        ShapeFix_Shape fix(parts[i]);
+        fix.Perform();
+        const int id = i < sheets.size() ? sheets[i] : model.next_id(GeomKind::Body);
+        model.put_body(model.make_body(id, fix.Shape(), nullptr));
+    }
+    if (progress)
+        progress->percent(100);
+    return true;
+}
+
+} // namespace geometry_detail
+
+bool GeometryModule::heal(const std::vector<EntityKey>& list) {
+    return guarded("heal", [&] {
+        std::vector<int> bodies;
+        if (!owning_bodies(list, bodies, "heal"))
+            return false;
+        Transaction tx(model_);
+        Progress progress("Heal", "", true);
+        int solids_made = 0;
+        if (!heal_bodies(model_, bodies, &progress, solids_made))
+            return false;
+        tx.commit({{GeomEvent::Code::HealerComplete}});
+        print("Healed " + describe("body", bodies) +
+              (solids_made ? ": made " + std::to_string(solids_made) + " solid" +
+                                 (solids_made == 1 ? "" : "s")
+                           : std::string()));
+        return true;
+    });
+}
+
+} // namespace tarvo::kernel
