@@ -16,8 +16,13 @@
 
 class TIObserveMonitor : public DataMonitor {
 public:
-    // Number of events; also the code that stands for "no such event".
-    static constexpr int event_count = 90;
+    // Number of events that clients can select (the rows of tarvo/TIObserveEvents.def that have
+    // a code); also the code that stands for "no such event".
+#define TARVO_OBSERVER_EVENT(...) +1
+#define TARVO_OBSERVER_UNSENT(...)
+    static constexpr int event_count = 0
+#include "tarvo/TIObserveEvents.def"
+        ;
     static constexpr int invalid_event_code = event_count;
     static constexpr int working_directory_changed_code = 82;
 
@@ -40,7 +45,9 @@ public:
     // The name that goes out with a record; empty for a code outside the table.
     static QString event_name_from_code(int code);
 
-    const std::vector<std::pair<int, QJsonObject>>& event_records() const { return records; }
+    const std::vector<std::pair<int, QJsonObject>>& event_records() const {
+        return records;
+    }
 
 private:
     std::set<int> events;

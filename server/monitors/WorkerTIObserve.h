@@ -12,8 +12,6 @@
 
 #include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
 class EntityMonitor;
 class GraphicsMonitor;
@@ -34,109 +32,13 @@ public:
     void add_entity_monitor(EntityMonitor* monitor);
     void clear_entity_monitors() { entity_monitors.clear(); }
 
-    void notify_valfold_modified() override;
-    void notify_merge(const std::string& type, const std::string& new_name, int old_id,
-                      int new_id) override;
-    void notify_merge_completed() override;
-    void notify_webcut_completed() override;
-    void notify_undo_state_changed() override;
-    void notify_undo_complete() override;
-    void notify_boolean_operation_complete() override;
-    void notify_body_created(int id) override;
-    void notify_body_deleted(int id) override;
-    void notify_body_updated(int id) override;
-    void notify_volume_updated(int id) override;
-    void notify_volume_created(int id) override;
-    void notify_volume_deleted(int id) override;
-    void notify_surface_created(int id) override;
-    void notify_surface_deleted(int id) override;
-    void notify_surface_updated(int id) override;
-    void notify_curve_created(int id) override;
-    void notify_curve_deleted(int id) override;
-    void notify_vertex_created(int id) override;
-    void notify_vertex_deleted(int id) override;
-    void notify_free_vertex_created(int id) override;
-    void notify_free_curve_created(int id) override;
-    void notify_free_vertex_deleted(int id) override;
-    void notify_free_curve_deleted(int id) override;
-    void notify_free_surface_deleted(int id) override;
-    void notify_free_surface_created(int id) override;
-    void notify_sheet_body_created(int id) override;
-    void notify_sheet_body_deleted(int id) override;
-    void notify_sheet_body_updated(int id) override;
-    void notify_boundary_layer_created(int id) override;
-    void notify_boundary_layer_deleted(int id) override;
-    // Sizing sources are not reported to clients: the kernel's defaults run.
-    void notify_id_changed(const std::string& type, int old_id, int new_id) override;
-    void notify_highlighted(const std::vector<std::pair<std::string, int>>& entities) override;
-    void notify_unhighlighted(const std::vector<std::pair<std::string, int>>& entities) override;
-    void notify_entity_pre_selected(const std::string& type, bool add_or_remove) override;
-    void notify_entity_name_changed(const std::string& type, int id) override;
-    void notify_entities_modified() override;
-    void notify_group_created(int id) override;
-    void notify_group_modified(int id) override;
-    void notify_group_deleted(int id) override;
-    void notify_assembly_tree_modified() override;
-    void notify_assembly_child_added(const std::string& type, const std::string& path,
-                                     const std::string& name, int instance, int id,
-                                     int parent_id) override;
-    void notify_assembly_child_name_changed(const std::string& type, const std::string& path,
-                                            const std::string& name, int id) override;
-    void notify_assembly_child_instance_changed(const std::string& type, int instance,
-                                                int id) override;
-    void notify_assembly_child_description_changed(int id, const std::string& description) override;
-    void notify_assembly_child_removed(int id) override;
-    void notify_volume_added_to_part(int part_id, int volume_id) override;
-    void notify_volume_removed_from_part(int part_id, int volume_id) override;
-    void notify_graphics_mode_modified() override;
-    void notify_graphics_pick_type_modified() override;
-    void notify_genesis_entity_modified(const std::string& type, int id,
-                                        const std::string& action) override;
-    void notify_material_modified(int id, const std::string& action) override;
-    void notify_material_group_modified(const std::string& type_name,
-                                        const std::string& action) override;
-    void notify_material_property_modified(const std::string& property_name,
-                                           const std::string& action) override;
-    void notify_media_modified(int id, const std::string& action) override;
-    void notify_bc_container_entity_modified(const std::string& type, int id,
-                                             const std::string& action) override;
-    void notify_bc_entity_modified(const std::string& type, int id,
-                                   const std::string& action) override;
-    void notify_initial_condition_modified(int id, const std::string& action) override;
-    void notify_constraint_modified(int id, const std::string& action) override;
-    void notify_coord_sys_modified(int id, const std::string& action) override;
-    void notify_model_reset() override;
-    void notify_command_complete() override;
-    void notify_command_start() override;
-    void notify_ids_compressed() override;
-    void notify_healer_complete() override;
-    void notify_composite_creation_complete() override;
-    void notify_split_surface_complete() override;
-    void notify_collapse_curve_complete() override;
-    void notify_auto_clean_complete() override;
-    void notify_geometry_defeaturing_complete() override;
-    void notify_remove_topology_complete() override;
-    void notify_remove_surface_complete() override;
-    void notify_tweak_target_complete() override;
-    void notify_ml_training_complete() override;
-    void notify_copy_surface_complete() override;
-    void notify_midsurface_complete() override;
-    void notify_merge_complete() override;
-    // Blunt tangency and collapse angle are not reported to clients: the kernel's defaults run.
-    void notify_regularize_entity_complete() override;
-    void notify_entity_visibility_changed(const std::string& type, int id) override;
-    void notify_exodus_entity_visibility_changed(const std::string& type, int id) override;
-    void notify_developer_command_toggled(bool on) override;
-    void notify_mesh_created(const std::string& type, int id) override;
-    void notify_import_acis_complete() override;
-    void notify_import_complete(const std::string& path, bool successful) override;
-    void notify_export_complete(const std::string& path, bool successful) override;
-    void notify_geometry_engine_changed(const std::string& short_name,
-                                        const std::string& long_name) override;
-    void notify_working_directory_changed() override;
-    void notify_fatal_event_encountered() override;
-    void notify_tvo_file_read(const std::string& file_name) override;
-    void notify_tvo_file_saved(const std::string& file_name, bool is_tmp_file) override;
+    // Every event the clients may hear of, one per row of tarvo/TIObserveEvents.def; the row
+    // says what the override does (record fields, model flags, entity mark). Operations the
+    // table marks as unsent are not overridden: the kernel's defaults run.
+#define TARVO_OBSERVER_EVENT(name, code, flags, mark, ...)                                         \
+    void notify_##name(TARVO_EVENT_PARAMS(__VA_ARGS__)) override;
+#define TARVO_OBSERVER_UNSENT(name, ...)
+#include "tarvo/TIObserveEvents.def"
 
 private:
     using Flag = void (ModelMonitor::*)();
@@ -146,14 +48,6 @@ private:
     void flag(Flag setter);
     // Marks the monitor of (type, id), if the task has one.
     void mark(const std::string& type, int id);
-    // The common shapes: record the fields, set the flag (none if null), mark the entity (none
-    // if the type is null).
-    void id_event(int code, int id, Flag setter, const char* marked_type);
-    void id_action_event(int code, int id, const std::string& action, Flag setter,
-                         const char* marked_type);
-    void typed_id_event(int code, const std::string& type, int id, Flag setter);
-    void typed_action_event(int code, const std::string& type, int id, const std::string& action,
-                            Flag setter);
 
     TIObserveMonitor* observe_monitor = nullptr;
     GraphicsMonitor* graphics_monitor = nullptr;
