@@ -1,7 +1,7 @@
 // The placeholders of the kernel API: how many remain, and what one does when called.
 #include "core/Session.h"
 #include "methods/TarvoRPCRequestHandler.h"
-#include "not_built/Stub.h"
+#include "placeholders/Stub.h"
 #include "tarvo/KernelCoverage.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"

@@ -13,6 +13,12 @@
 // snapshot. clear_state() empties the participant for `reset` and emits its delete events; the
 // runner emits model_reset after all participants have been cleared.
 //
+// The rule that keeps undo cheap: a participant keeps its state in shared immutable pieces
+// (std::shared_ptr<const T>: a body, a mesh block, a set), held in maps by id. A change builds
+// new pieces and swaps them in; it never edits a piece that a snapshot may share. save_state()
+// then copies the maps (one node per piece) and never the pieces: a mesh of millions of elements
+// costs its snapshot no more than the number of its pieces. bench/undo_snapshot measures it.
+//
 // Threading: kernel thread only.
 
 #include <memory>

@@ -14,7 +14,6 @@
 #include "core/Command.h"
 #include "core/EntityList.h"
 #include "core/Session.h"
-#include "tarvo/KernelCoverage.h"
 #include "tarvo/TarvoInterface.h"
 
 #include <algorithm>
@@ -204,10 +203,6 @@ int free_count(const std::string& type, const std::string& owner_type) {
     return count;
 }
 
-bool built(const std::vector<std::string>& placeholders, const std::string& function) {
-    return !std::binary_search(placeholders.begin(), placeholders.end(), function);
-}
-
 bool cmd_list_model(Cursor& c) {
     if (!c.expect_end()) {
         return false;
@@ -222,19 +217,7 @@ bool cmd_list_model(Cursor& c) {
     field(text, "Free curves", std::to_string(free_count("curve", "surface")));
     field(text, "Free vertices", std::to_string(free_count("vertex", "curve")));
 
-    const std::vector<std::string> placeholders = ti::not_built_functions();
-    if (built(placeholders, "get_block_count")) {
-        field(text, "Blocks", std::to_string(ti::get_block_count()));
-    }
-    if (built(placeholders, "get_nodeset_count")) {
-        field(text, "Nodesets", std::to_string(ti::get_nodeset_count()));
-    }
-    if (built(placeholders, "get_sideset_count")) {
-        field(text, "Sidesets", std::to_string(ti::get_sideset_count()));
-    }
-    if (built(placeholders, "group_names_ids")) {
-        field(text, "Groups", std::to_string(ti::group_names_ids().size()));
-    }
+    // Blocks, sets and groups join this summary with the module that holds them.
     print(text);
     return true;
 }

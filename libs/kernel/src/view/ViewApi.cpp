@@ -2,11 +2,12 @@
 // change, the one ViewState of the session. Without a session they print one error and answer
 // their failure value. No exception leaves them.
 
+#include "core/Guard.h"
 #include "core/Session.h"
 #include "tarvo/TarvoInterface.h"
 #include "view/ViewState.h"
 
-#include <exception>
+#include <utility>
 
 using tarvo::kernel::PickedEntity;
 using tarvo::kernel::ViewState;
@@ -20,14 +21,7 @@ template <class T, class Body> T with_view(const char* name, T fallback, Body bo
         tarvo::kernel::error(std::string(name) + ": the kernel is not initialized");
         return fallback;
     }
-    try {
-        return body(*v);
-    } catch (const std::exception& e) {
-        tarvo::kernel::error(std::string(name) + " failed: " + e.what());
-    } catch (...) {
-        tarvo::kernel::error(std::string(name) + " failed");
-    }
-    return fallback;
+    return tarvo::kernel::guarded(name, std::move(fallback), [&] { return body(*v); });
 }
 
 template <class Body> void with_view(const char* name, Body body) {

@@ -5,7 +5,7 @@
 // it in TarvoInterface::not_built_functions(). Delete the STUB line when you define the function
 // (a forgotten line shows up as a multiple-definition error at link time).
 
-#include "not_built/Stub.h"
+#include "placeholders/Stub.h"
 
 namespace TarvoInterface {
 

@@ -1,17 +1,14 @@
-// Public functions of the session family: start and end of the session, interrupt, progress,
-// command entry points, history, journal, undo and modified state, versions.
+// Public functions of the session family that belong to the core: interrupt, progress, command
+// entry points, history, journal, undo and modified state, variables. Start and end of the
+// session live with the module list (KernelApi.cpp).
 
-#include "core/Session.h"
 #include "core/CommandRegistry.h"
 #include "core/EntityList.h"
-#include "core/Modules.h"
 #include "core/Runner.h"
+#include "core/Session.h"
 #include "core/SessionState.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoFileUtil.h"
-
-#include <exodusII.h>
-#include <gmsh.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -21,131 +18,9 @@ namespace {
 
 using namespace tarvo::kernel;
 
-constexpr const char* kKernelVersion = "0.1.0";
-constexpr const char* kBuildNumber = "1";
-
-// Moves what Gmsh logged during the command to the message channel: warnings as warnings,
-// errors as plain lines (the command that met them reports its own failure and counts it).
-void drain_gmsh_log() {
-    try {
-        std::vector<std::string> log;
-        gmsh::logger::get(log);
-        if (log.empty()) {
-            return;
-        }
-        gmsh::logger::stop();
-        gmsh::logger::start();
-        for (const std::string& line : log) {
-            if (line.starts_with("Warning")) {
-                const size_t colon = line.find(':');
-                warning("Gmsh: " + (colon == std::string::npos ? line : line.substr(colon + 2)));
-            } else if (line.starts_with("Error")) {
-                const size_t colon = line.find(':');
-                print("Gmsh error: " +
-                      (colon == std::string::npos ? line : line.substr(colon + 2)));
-            }
-        }
-    } catch (...) {
-        // Logging must never fail a command.
-    }
-}
-
-void apply_arguments(const std::vector<std::string>& arguments) {
-    SessionState& s = state();
-    for (size_t i = 1; i < arguments.size(); ++i) {
-        const std::string& arg = arguments[i];
-        const bool has_value = i + 1 < arguments.size();
-        if (arg == "-driver" && has_value) {
-            s.driver = arguments[++i];
-        } else if (arg == "-workdir" && has_value) {
-            const std::string dir = arguments[++i];
-            if (TarvoFileUtil::set_current_working_directory(dir)) {
-                s.working_dir_set = true;
-            } else {
-                warning("Cannot change to working directory '" + dir + "'");
-            }
-        } else if (arg == "-journal") {
-            start_journal("");
-        } else if (arg == "-nojournal") {
-            stop_journal();
-        } else if (arg == "-noecho") {
-            s.echo = false;
-        } else if (arg == "-batch" || arg == "-nographics" || arg == "-nogui") {
-            // Headless anyway.
-        } else if (!arg.empty() && arg[0] == '-') {
-            warning("Unknown kernel option '" + arg + "' ignored");
-        } else if (!arg.empty()) {
-            s.input_files.push_back(arg);
-        }
-    }
-}
-
 } // namespace
 
 namespace TarvoInterface {
-
-// ---- Session
-// -------------------------------------------------------------------------------------
-
-bool init(const std::vector<std::string>& arguments) {
-    SessionState& s = state();
-    if (s.initialized) {
-        warning("The kernel is initialised already");
-        return true;
-    }
-    reset_session_state();
-    try {
-        // Gmsh reads no command line of ours (it would take our options for files to open), and
-        // no configuration files: the session must not depend on the user's Gmsh settings.
-        char program[] = "tarvo";
-        char* argv[] = {program, nullptr};
-        gmsh::initialize(1, argv, false);
-        gmsh::option::setNumber("General.Terminal", 0);
-        gmsh::option::setNumber("General.Verbosity", 2); // errors and warnings reach the log
-        gmsh::logger::start();
-    } catch (const std::string& text) {
-        error("Cannot start Gmsh: " + text);
-        return false;
-    } catch (...) {
-        error("Cannot start Gmsh");
-        return false;
-    }
-    set_log_drain(drain_gmsh_log);
-    register_session_commands();
-    s.initialized = true;
-    try {
-        init_modules();
-    } catch (...) {
-        error("A kernel module failed to start");
-    }
-    apply_arguments(arguments);
-    return true;
-}
-
-int destroy() {
-    SessionState& s = state();
-    if (!s.initialized) {
-        return 0;
-    }
-    try {
-        shutdown_modules();
-    } catch (...) {
-        error("A kernel module failed to stop cleanly");
-    }
-    stop_journal();
-    clear_commands();
-    s.catalogs.clear();
-    s.participants.clear();
-    s.undo_stack.clear();
-    set_log_drain(nullptr);
-    try {
-        gmsh::logger::stop();
-        gmsh::finalize();
-    } catch (...) {
-    }
-    s.initialized = false;
-    return 0;
-}
 
 bool is_initialized() {
     return state().initialized;
@@ -362,54 +237,6 @@ bool get_valfold_value(const std::string& variable_name, int& returned_variable_
 double get_valfold_numeric_value(const std::string& variable_name) {
     ValfoldValue value;
     return state().valfold.get(variable_name, value) && !value.is_string ? value.number : 0.0;
-}
-
-// ---- Versions
-// ------------------------------------------------------------------------------------
-
-std::string get_version() {
-    return kKernelVersion;
-}
-
-std::string get_revision_date() {
-    // __DATE__ is "Mmm dd yyyy"; answer ISO 8601.
-    static const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    const std::string date = __DATE__;
-    int month = 0;
-    for (int i = 0; i < 12; ++i) {
-        if (date.compare(0, 3, months[i]) == 0) {
-            month = i + 1;
-        }
-    }
-    const int day = std::atoi(date.substr(4, 2).c_str());
-    char text[16];
-    std::snprintf(text, sizeof text, "%s-%02d-%02d", date.substr(7, 4).c_str(), month, day);
-    return text;
-}
-
-std::string get_build_number() {
-    return kBuildNumber;
-}
-
-std::string get_exodus_version() {
-    char text[16];
-    std::snprintf(text, sizeof text, "%.2f", static_cast<double>(EX_API_VERS));
-    return text;
-}
-
-std::string get_meshgems_version() {
-    return {};
-} // no MeshGems in this kernel
-
-// The geometry engine is OpenCASCADE (get_default_geometry_engine); ACIS is not part of this
-// kernel, so its version is empty and its number 0, as for every engine that is not there.
-std::string get_acis_version() {
-    return {};
-}
-
-int get_acis_version_as_int() {
-    return 0;
 }
 
 double get_tarvo_digits_setting() {

@@ -1,4 +1,4 @@
-#include "not_built/Stub.h"
+#include "placeholders/Stub.h"
 
 #include "core/Session.h"
 

@@ -11,6 +11,7 @@
 //   one.
 #include "core/EntityCatalog.h"
 #include "core/EntityList.h"
+#include "core/Guard.h"
 #include "core/Session.h"
 #include "geometry/GeometryInternal.h"
 #include "geometry/GeometryModule.h"
@@ -31,7 +32,6 @@
 #include <GProp_GProps.hxx>
 #include <GeomAPI_ProjectPointOnSurf.hxx>
 #include <GeomLib_IsPlanarSurface.hxx>
-#include <Standard_Failure.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
@@ -58,21 +58,9 @@ const GeometryModel* model() {
     return m ? &m->model() : nullptr;
 }
 
-// Runs a query; exceptions become one error line and the failure value.
+// Runs a query through the kernel's guard: an exception becomes one error line and `fail`.
 template <class T, class F> T query(const char* name, T fail, F&& body) {
-    try {
-        return body();
-    } catch (const Standard_Failure& e) {
-        tarvo::kernel::error(std::string(name) + ": OpenCASCADE " + e.DynamicType()->Name() + " " +
-                             (e.GetMessageString() ? e.GetMessageString() : ""));
-    } catch (const std::string& e) {
-        tarvo::kernel::error(std::string(name) + ": " + e);
-    } catch (const std::exception& e) {
-        tarvo::kernel::error(std::string(name) + ": " + e.what());
-    } catch (...) {
-        tarvo::kernel::error(std::string(name) + ": unknown exception");
-    }
-    return fail;
+    return tarvo::kernel::guarded(name, std::move(fail), std::forward<F>(body));
 }
 
 // The shape of (type, id), or a null shape.

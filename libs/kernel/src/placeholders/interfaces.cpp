@@ -1,16 +1,15 @@
-// Kernel functions of this family that are not written yet: session state, commands and journal.
+// Kernel functions of this family that are not written yet: interfaces.
 //
 // Each STUB line defines one function of tarvo/TarvoInterface.h that prints
 // "ERROR: <name> is not available in this kernel yet." and answers its failure value, and lists
 // it in TarvoInterface::not_built_functions(). Delete the STUB line when you define the function
 // (a forgotten line shows up as a multiple-definition error at link time).
 
-#include "not_built/Stub.h"
+#include "placeholders/Stub.h"
 
 namespace TarvoInterface {
 
-STUB(get_graphics_version, (), std::string)
-STUB(is_volume_meshable, (int), bool)
-STUB(get_mesh_error_solutions, (int), std::vector<std::string>)
+STUB(get_interface, (const std::string&), TarvoBaseInterface*)
+STUB_VOID(release_interface, (TarvoBaseInterface*))
 
 } // namespace TarvoInterface
