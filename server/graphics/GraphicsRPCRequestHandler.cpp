@@ -1,6 +1,7 @@
 #include "graphics/GraphicsRPCRequestHandler.h"
 
-RPCMethodWrapper* GraphicsRPCRequestHandler::create_method(const QString& method_name) {
+std::unique_ptr<RPCMethodWrapper>
+GraphicsRPCRequestHandler::create_method(const QString& method_name) {
     // The view methods (create_view, render, the input events, ...) are matched here on the
     // name's last section once the render views exist.
     (void)method_name;

@@ -18,7 +18,7 @@ public:
     ~GraphicsRPCRequestHandler() override = default;
 
 protected:
-    RPCMethodWrapper* create_method(const QString& method_name) override;
+    std::unique_ptr<RPCMethodWrapper> create_method(const QString& method_name) override;
 
 private:
     ServerGraphicsManager* manager;

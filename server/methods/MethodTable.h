@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -33,7 +34,7 @@ using json_rpc::param;
 
 struct MethodRow {
     const char* name;
-    std::function<RPCMethodWrapper*()> make;
+    std::function<std::unique_ptr<RPCMethodWrapper>()> make;
 };
 using MethodRows = std::vector<MethodRow>;
 
@@ -58,13 +59,15 @@ MethodRow row(const char* name, F callable, std::vector<json_rpc::ParamSpec> par
                      Traits::arity);
         std::abort();
     }
-    return {name, [callable, params = std::move(params)]() -> RPCMethodWrapper* {
-                return new GenericRPCMethodWrapper<typename Traits::type>(callable, params);
+    return {name, [callable, params = std::move(params)]() -> std::unique_ptr<RPCMethodWrapper> {
+                return std::make_unique<GenericRPCMethodWrapper<typename Traits::type>>(callable,
+                                                                                        params);
             }};
 }
 
 template <typename Wrapper> MethodRow hand(const char* name) {
-    return {name, []() -> RPCMethodWrapper* { return new Wrapper(); }};
+    return {name,
+            []() -> std::unique_ptr<RPCMethodWrapper> { return std::make_unique<Wrapper>(); }};
 }
 
 // The six values behind a degree-of-freedom pointer (the kernel never answers null).

@@ -54,7 +54,8 @@ const std::vector<QString>& TarvoRPCRequestHandler::method_names() {
     return names;
 }
 
-RPCMethodWrapper* TarvoRPCRequestHandler::create_method(const QString& method_name) {
+std::unique_ptr<RPCMethodWrapper>
+TarvoRPCRequestHandler::create_method(const QString& method_name) {
     const auto found = index().constFind(last_section(method_name));
     if (found == index().constEnd())
         return nullptr;

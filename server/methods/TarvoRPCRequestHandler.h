@@ -15,6 +15,6 @@ public:
     // The table's method names, in table order (485).
     static const std::vector<QString>& method_names();
 
-    // A new wrapper owned by the caller, or null for an unknown name.
-    RPCMethodWrapper* create_method(const QString& method_name) override;
+    // A new wrapper, or null for an unknown name.
+    std::unique_ptr<RPCMethodWrapper> create_method(const QString& method_name) override;
 };

@@ -44,47 +44,48 @@ MonitorKey DataMonitorRPCHandler::take_pending_key() {
     return key;
 }
 
-RPCMethodWrapper* DataMonitorRPCHandler::create_method(const QString& method_name) {
+std::unique_ptr<RPCMethodWrapper> DataMonitorRPCHandler::create_method(const QString& method_name) {
     const QString name = last_section(method_name);
     using ModelWrapper = GenericRPCMethodWrapper<bool()>;
     using GraphicsWrapper = GenericRPCMethodWrapper<bool(GraphicsMonitor::Notification)>;
 
-    MonitorWrapper* wrapper = nullptr;
+    std::unique_ptr<MonitorWrapper> wrapper;
     if (name == QLatin1String("add_entity_monitor")) {
-        wrapper = new wrap_add_entity_monitor;
+        wrapper = std::make_unique<wrap_add_entity_monitor>();
     } else if (name == QLatin1String("remove_entity_monitor")) {
-        wrapper = new wrap_remove_entity_monitor;
+        wrapper = std::make_unique<wrap_remove_entity_monitor>();
     } else if (name == QLatin1String("add_TIObserve_monitor")) {
-        wrapper = new wrap_add_tiobserve;
+        wrapper = std::make_unique<wrap_add_tiobserve>();
     } else if (name == QLatin1String("remove_TIObserve_monitor")) {
-        wrapper = new wrap_remove_tiobserve;
+        wrapper = std::make_unique<wrap_remove_tiobserve>();
     } else if (name == QLatin1String("add_model_monitor")) {
-        return new ModelWrapper(
+        return std::make_unique<ModelWrapper>(
             [this] {
                 const bool added = registry->add_monitor(client, model_key());
                 if (added)
                     pending_key = model_key();
                 return added;
             },
-            {});
+            std::vector<json_rpc::ParamSpec>{});
     } else if (name == QLatin1String("remove_model_monitor")) {
-        return new ModelWrapper([this] { return registry->remove_monitor(client, model_key()); },
-                                {});
+        return std::make_unique<ModelWrapper>(
+            [this] { return registry->remove_monitor(client, model_key()); },
+            std::vector<json_rpc::ParamSpec>{});
     } else if (name == QLatin1String("add_graphics_monitor")) {
-        return new GraphicsWrapper(
+        return std::make_unique<GraphicsWrapper>(
             [this](GraphicsMonitor::Notification type) {
                 const bool added = registry->add_monitor(client, graphics_key(type));
                 if (added)
                     pending_key = graphics_key(type);
                 return added;
             },
-            {json_rpc::param("type")});
+            std::vector<json_rpc::ParamSpec>{json_rpc::param("type")});
     } else if (name == QLatin1String("remove_graphics_monitor")) {
-        return new GraphicsWrapper(
+        return std::make_unique<GraphicsWrapper>(
             [this](GraphicsMonitor::Notification type) {
                 return registry->remove_monitor(client, graphics_key(type));
             },
-            {json_rpc::param("type")});
+            std::vector<json_rpc::ParamSpec>{json_rpc::param("type")});
     } else {
         return nullptr;
     }

@@ -24,7 +24,7 @@ public:
     void set_pending_key(const MonitorKey& key) { pending_key = key; }
 
 protected:
-    RPCMethodWrapper* create_method(const QString& method_name) override;
+    std::unique_ptr<RPCMethodWrapper> create_method(const QString& method_name) override;
 
 private:
     MonitorRegistry* registry;

@@ -2,19 +2,20 @@
 
 #include "monitors/NotifyWrappers.h"
 
-RPCMethodWrapper* NotifyRPCRequestHandler::create_method(const QString& method_name) {
+std::unique_ptr<RPCMethodWrapper>
+NotifyRPCRequestHandler::create_method(const QString& method_name) {
     const QString name = last_section(method_name);
-    NotifyWrapper* wrapper = nullptr;
+    std::unique_ptr<NotifyWrapper> wrapper;
     if (name == QLatin1String("subscribe"))
-        wrapper = new wrap_subscribe;
+        wrapper = std::make_unique<wrap_subscribe>();
     else if (name == QLatin1String("unsubscribe"))
-        wrapper = new wrap_unsubscribe;
+        wrapper = std::make_unique<wrap_unsubscribe>();
     else if (name == QLatin1String("register_notification"))
-        wrapper = new wrap_register_notification;
+        wrapper = std::make_unique<wrap_register_notification>();
     else if (name == QLatin1String("publish"))
-        wrapper = new wrap_publish;
+        wrapper = std::make_unique<wrap_publish>();
     else if (name == QLatin1String("list"))
-        wrapper = new wrap_list;
+        wrapper = std::make_unique<wrap_list>();
     else
         return nullptr;
     wrapper->registry = registry;

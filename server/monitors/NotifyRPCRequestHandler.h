@@ -19,7 +19,7 @@ public:
     ~NotifyRPCRequestHandler() override = default;
 
 protected:
-    RPCMethodWrapper* create_method(const QString& method_name) override;
+    std::unique_ptr<RPCMethodWrapper> create_method(const QString& method_name) override;
 
 private:
     NotificationRegistry* registry;

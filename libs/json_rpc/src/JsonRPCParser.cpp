@@ -1,5 +1,6 @@
 #include "json_rpc/JsonRPCParser.h"
 
+#include "StrictJson.h"
 #include "WireFormat.h"
 
 #include <QJsonArray>
@@ -11,6 +12,7 @@
 
 using namespace json_rpc::wire;
 using json_rpc::ErrorCode;
+namespace strict = json_rpc::strict;
 
 namespace {
 
@@ -70,16 +72,6 @@ Classified classify(const QJsonValue& element) {
     return result;
 }
 
-// QJsonDocument only takes an object or an array at the top level. A text that is a lone JSON
-// scalar is still JSON, and is answered as an invalid request rather than as a parse error.
-bool is_json_scalar(const QString& text) {
-    QJsonParseError error{};
-    const QByteArray wrapped = "[" + text.toUtf8() + "]";
-    const QJsonDocument document = QJsonDocument::fromJson(wrapped, &error);
-    return error.error == QJsonParseError::NoError && document.isArray() &&
-           document.array().size() == 1;
-}
-
 } // namespace
 
 void JsonRPCParser::parse(const QString& text) {
@@ -93,12 +85,36 @@ void JsonRPCParser::parse(const QString& text) {
         return;
     }
 
+    const QByteArray utf8 = text.toUtf8();
+    const strict::Checked checked = strict::check(utf8, kMaxBatchElements);
+    switch (checked.status) {
+    case strict::Checked::SyntaxError:
+        single_error = RPCResponse::error(QJsonValue::Null, ErrorCode::ParseError, checked.detail);
+        return;
+    case strict::Checked::NumberOutOfRange:
+        single_error =
+            RPCResponse::error(QJsonValue::Null, ErrorCode::InvalidRequest, checked.detail);
+        return;
+    case strict::Checked::TooManyElements:
+        single_error =
+            RPCResponse::error(QJsonValue::Null, ErrorCode::LimitExceeded, checked.detail);
+        return;
+    case strict::Checked::Valid:
+        break;
+    }
+    // A lone scalar is JSON, but no message: an invalid request rather than a parse error.
+    if (!checked.container) {
+        single_error = RPCResponse::error(QJsonValue::Null, ErrorCode::InvalidRequest);
+        return;
+    }
+
     QJsonParseError parse_error{};
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &parse_error);
+    const QJsonDocument document = QJsonDocument::fromJson(
+        checked.rewritten.isEmpty() ? utf8 : checked.rewritten, &parse_error);
     if (parse_error.error != QJsonParseError::NoError) {
-        const ErrorCode code =
-            is_json_scalar(text) ? ErrorCode::InvalidRequest : ErrorCode::ParseError;
-        single_error = RPCResponse::error(QJsonValue::Null, code);
+        // Grammatical, yet refused by Qt (a limit of its own): still no message to act on.
+        single_error =
+            RPCResponse::error(QJsonValue::Null, ErrorCode::ParseError, parse_error.errorString());
         return;
     }
 

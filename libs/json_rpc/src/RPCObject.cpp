@@ -40,6 +40,8 @@ namespace json_rpc {
 
 const char* error_message(ErrorCode code) {
     switch (code) {
+    case ErrorCode::LimitExceeded:
+        return "Limit exceeded";
     case ErrorCode::ParseError:
         return "Parse error";
     case ErrorCode::InvalidRequest:

@@ -68,6 +68,20 @@ TEST(JsonRPCParser, BadSingleMessages) {
         {request_with_id_3 + R"("params":null})", -32600, 3},
         {request_with_id_3 + R"("params":"bar"})", -32600, 3},
         {request_with_id_3 + R"("params":false})", -32600, 3},
+        // The grammar of RFC 8259, where Qt alone would be lenient.
+        {"\xEF\xBB\xBF" + request_with_id_3 + "}", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":1.}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":.5}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":-.5}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":01}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":"a)" + "\t" + R"(b"}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":"\x"}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":"\u12G4"}})", -32700, null_id},
+        {request_with_id_3 + R"("params":{"x":1}} )" + "\f", -32700, null_id},
+        // Grammatical, but beyond any double: refused, never rounded.
+        {request_with_id_3 + R"("params":{"x":1e999}})", -32600, null_id},
+        {request_with_id_3 + R"("params":{"x":-2.5E+400}})", -32600, null_id},
+        {request_with_id_3 + R"("params":{"x":)" + std::string(400, '9') + "}}", -32600, null_id},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
@@ -133,6 +147,43 @@ TEST(JsonRPCParser, NumericIdPolicy) {
     EXPECT_TRUE(batch.batch_errors().responses()[0].id().isNull());
     ASSERT_EQ(batch.batch_requests().request_count(), 1u);
     EXPECT_EQ(batch.batch_requests().requests()[0].method_name(), QStringLiteral("b"));
+}
+
+// Numbers too small for a double are read as zero, as the conversion to a double would round
+// them; in-range numbers and text that merely looks like a number stay as they are.
+TEST(JsonRPCParser, NumbersFollowTheGrammar) {
+    const JsonRPCParser parser = parsed(R"({"jsonrpc":"2.0","method":"a","id":1,"params":
+        {"tiny":1e-400,"minus_tiny":-0.0001e-400,"small":1e-310,"big":1.5e308,"text":"1e-400",
+         "plain":-12.5e-1,"zero":0e999}})");
+    ASSERT_TRUE(parser.is_request()) << parser.error().to_json_string().constData();
+    const QJsonObject params = parser.request().params().toObject();
+    EXPECT_EQ(params["tiny"].toDouble(-1), 0.0);
+    EXPECT_EQ(params["minus_tiny"].toDouble(-1), 0.0);
+    EXPECT_EQ(params["small"].toDouble(), 1e-310);
+    EXPECT_EQ(params["big"].toDouble(), 1.5e308);
+    EXPECT_EQ(params["text"].toString(), QStringLiteral("1e-400"));
+    EXPECT_EQ(params["plain"].toDouble(), -1.25);
+    EXPECT_EQ(params["zero"].toDouble(-1), 0.0);
+}
+
+TEST(JsonRPCParser, BatchSizeIsBounded) {
+    const auto batch_of = [](std::size_t n) {
+        QString text = QStringLiteral("[");
+        for (std::size_t i = 0; i < n; ++i)
+            text += QStringLiteral(R"(%1{"jsonrpc":"2.0","method":"a","id":%2})")
+                        .arg(i == 0 ? "" : ",")
+                        .arg(i);
+        return text + QStringLiteral("]");
+    };
+    JsonRPCParser parser;
+    parser.parse(batch_of(JsonRPCParser::kMaxBatchElements));
+    EXPECT_EQ(parser.batch_requests().request_count(), JsonRPCParser::kMaxBatchElements);
+
+    parser.parse(batch_of(JsonRPCParser::kMaxBatchElements + 1));
+    EXPECT_FALSE(parser.is_batch());
+    ASSERT_TRUE(parser.has_errors());
+    EXPECT_EQ(parser.error().error_code(), -32000);
+    EXPECT_TRUE(parser.error().id().isNull());
 }
 
 TEST(JsonRPCParser, ResponsesFromClients) {

@@ -23,7 +23,7 @@ struct Journal {
 
 class ProbeWrapper : public RPCMethodWrapper {
 public:
-    enum class Mode { Accept, Refuse, Throw, ThrowUnknown };
+    enum class Mode { Accept, Refuse, Throw, ThrowUnknown, OverLimit };
     ProbeWrapper(Journal& journal, Mode mode) : journal(journal), mode(mode) { ++journal.created; }
     ~ProbeWrapper() override { ++journal.destroyed; }
 
@@ -37,6 +37,8 @@ public:
             throw std::runtime_error("kernel gave up");
         if (mode == Mode::ThrowUnknown)
             throw 42;
+        if (mode == Mode::OverLimit)
+            throw json_rpc::RefusedCall(json_rpc::ErrorCode::LimitExceeded, "too many");
         return QStringLiteral("done");
     }
 
@@ -50,35 +52,44 @@ public:
     explicit SessionHandler(Journal& journal) : journal(journal) {}
 
 protected:
-    RPCMethodWrapper* create_method(const QString& method_name) override {
+    std::unique_ptr<RPCMethodWrapper> create_method(const QString& method_name) override {
         const QString name = last_section(method_name);
         if (name == QLatin1String("probe"))
-            return new ProbeWrapper(journal, ProbeWrapper::Mode::Accept);
+            return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::Accept);
         if (name == QLatin1String("probe_refuse"))
-            return new ProbeWrapper(journal, ProbeWrapper::Mode::Refuse);
+            return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::Refuse);
         if (name == QLatin1String("probe_throw"))
-            return new ProbeWrapper(journal, ProbeWrapper::Mode::Throw);
+            return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::Throw);
+        if (name == QLatin1String("probe_over_limit"))
+            return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::OverLimit);
+        if (name == QLatin1String("optional_a"))
+            return std::make_unique<GenericRPCMethodWrapper<int(int)>>(
+                [](int a) { return a; },
+                std::vector<json_rpc::ParamSpec>{json_rpc::optional_param("a", 5)});
         if (name == QLatin1String("probe_throw_unknown"))
-            return new ProbeWrapper(journal, ProbeWrapper::Mode::ThrowUnknown);
+            return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::ThrowUnknown);
         if (name == QLatin1String("get_version"))
-            return new GenericRPCMethodWrapper<std::string()>([] { return std::string("19.0"); },
-                                                              {});
+            return std::make_unique<GenericRPCMethodWrapper<std::string()>>(
+                [] { return std::string("19.0"); }, std::vector<json_rpc::ParamSpec>{});
         if (name == QLatin1String("get_volume_count"))
-            return new GenericRPCMethodWrapper<int()>([] { return 4; }, {});
+            return std::make_unique<GenericRPCMethodWrapper<int()>>(
+                [] { return 4; }, std::vector<json_rpc::ParamSpec>{});
         if (name == QLatin1String("cmd"))
-            return new GenericRPCMethodWrapper<bool(const std::string&)>(
+            return std::make_unique<GenericRPCMethodWrapper<bool(const std::string&)>>(
                 [this](const std::string& command) {
                     journal.commands.push_back(command);
                     return true;
                 },
-                {json_rpc::param("command")});
+                std::vector<json_rpc::ParamSpec>{json_rpc::param("command")});
         if (name == QLatin1String("scale_size"))
-            return new GenericRPCMethodWrapper<double(double, double)>(
+            return std::make_unique<GenericRPCMethodWrapper<double(double, double)>>(
                 [](double size, double factor) { return size * factor; },
-                {json_rpc::param("size"), json_rpc::param("factor")});
+                std::vector<json_rpc::ParamSpec>{json_rpc::param("size"),
+                                                 json_rpc::param("factor")});
         if (name == QLatin1String("miswired"))
-            return new GenericRPCMethodWrapper<int(int, int)>([](int a, int) { return a; },
-                                                              {json_rpc::param("a")});
+            return std::make_unique<GenericRPCMethodWrapper<int(int, int)>>(
+                [](int a, int) { return a; },
+                std::vector<json_rpc::ParamSpec>{json_rpc::param("a")});
         return nullptr;
     }
 
@@ -127,9 +138,13 @@ TEST(RPCRequestHandler, FixedOrderAndErrorCodes) {
     EXPECT_EQ(refused.id(), QJsonValue(6));
     EXPECT_EQ(journal.invoked, invoked_before) << "invoke must not follow a refusal";
 
-    // A wrapper of a request without params sees Null.
+    // A request without params means no arguments: the wrapper sees an empty object, so that
+    // optional parameters take their defaults and required ones are missed by name.
     handler.exec(request("tarvo.probe", QJsonValue::Undefined, 7));
-    EXPECT_TRUE(journal.last_params.isNull());
+    EXPECT_EQ(journal.last_params, json("{}"));
+    EXPECT_EQ(handler.exec(request("optional_a", QJsonValue::Undefined, 8)).result(),
+              QJsonValue(5));
+    EXPECT_EQ(handler.exec(request("scale_size", QJsonValue::Undefined, 9)).error_code(), -32602);
 
     EXPECT_EQ(journal.created, journal.destroyed) << "every wrapper is destroyed by exec";
 }
@@ -147,12 +162,18 @@ TEST(RPCRequestHandler, ExceptionsStopAtExec) {
     const RPCResponse odd = handler.exec(request("probe_throw_unknown", QJsonValue::Null, 2));
     EXPECT_EQ(odd.error_code(), -32603);
 
+    // A refusal with a reason keeps its own code and tells the reason.
+    const RPCResponse over = handler.exec(request("probe_over_limit", QJsonValue::Null, 4));
+    EXPECT_EQ(over.error_code(), -32000);
+    EXPECT_EQ(wire(over.to_json_string())[QLatin1String("error")][QLatin1String("data")],
+              QJsonValue("too many"));
+
     // A table whose names do not match its function is caught, not read past.
     const RPCResponse miswired = handler.exec(request("tarvo.miswired", json(R"({"a":1})"), 3));
     EXPECT_EQ(miswired.error_code(), -32603);
 
-    EXPECT_EQ(journal.created, 2);
-    EXPECT_EQ(journal.destroyed, 2);
+    EXPECT_EQ(journal.created, 3);
+    EXPECT_EQ(journal.destroyed, 3);
 }
 
 TEST(RPCRequestHandler, NotificationsRunButAreNeverAnswered) {

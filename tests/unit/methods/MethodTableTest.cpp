@@ -25,7 +25,7 @@ TEST(MethodTable, EveryNameBuildsAWrapperUnderEveryPrefix) {
     TarvoRPCRequestHandler handler;
     for (const QString& name : TarvoRPCRequestHandler::method_names()) {
         for (const QString& form : {name, "tarvo." + name, "a.b." + name}) {
-            std::unique_ptr<RPCMethodWrapper> wrapper(handler.create_method(form));
+            std::unique_ptr<RPCMethodWrapper> wrapper = handler.create_method(form);
             EXPECT_TRUE(wrapper) << form.toStdString();
         }
     }
@@ -35,7 +35,7 @@ TEST(MethodTable, MatchesTheLastSectionExactly) {
     TarvoRPCRequestHandler handler;
     for (const char* unknown : {"GET_VERSION", "Get_Version", "get_version.", "tarvo.", "",
                                 "get_versio", "get_version ", "tarvo.get_version.x"}) {
-        std::unique_ptr<RPCMethodWrapper> wrapper(handler.create_method(unknown));
+        std::unique_ptr<RPCMethodWrapper> wrapper = handler.create_method(unknown);
         EXPECT_FALSE(wrapper) << '"' << unknown << '"';
     }
 }

@@ -18,7 +18,7 @@
 
 inline std::unique_ptr<RPCMethodWrapper> wrapper_for(const char* method) {
     TarvoRPCRequestHandler handler;
-    return std::unique_ptr<RPCMethodWrapper>(handler.create_method(QString::fromLatin1(method)));
+    return handler.create_method(QString::fromLatin1(method));
 }
 
 // Whether the method's wrapper accepts these params (the kernel is not called).

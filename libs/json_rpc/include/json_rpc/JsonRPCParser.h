@@ -3,7 +3,19 @@
 //
 // What the parser answers, for each kind of text:
 //   empty or only whitespace          -> is_empty
-//   not JSON at all                   -> has_errors, error() is -32700 Parse error, id null
+//   not JSON by RFC 8259              -> has_errors, error() is -32700 Parse error, id null, and
+//                                        the place of the fault as the error's data. Stricter
+//                                        than Qt: "1.", ".5", a leading byte-order mark, raw
+//                                        control characters in strings and unknown escapes are
+//                                        all refused.
+//   a number too small for a double   -> read as 0 (1e-400 is 0), as a double would round it
+//   a number too large for a double   -> has_errors, -32600 Invalid Request, id null, with the
+//                                        number named in the data: 1e999 has no value to work
+//                                        with, and rounding it to the largest double would
+//                                        change what the client meant in silence
+//   an array of more than kMaxBatchElements elements
+//                                     -> has_errors, -32000 Limit exceeded, id null, with the
+//                                        limit in the data; the rest of the text is not read
 //   JSON that is neither object nor array, or an empty array
 //                                     -> has_errors, error() is -32600 Invalid Request, id null
 //   an object that is a valid request -> is_request, request()
@@ -18,8 +30,14 @@
 
 #include "json_rpc/RPCObject.h"
 
+#include <cstddef>
+
 class JsonRPCParser {
 public:
+    // The most elements one batch may hold. Every element becomes a task, and the whole batch is
+    // read and routed in one turn of the main thread, which serves every other client as well.
+    static constexpr std::size_t kMaxBatchElements = 10000;
+
     JsonRPCParser() = default;
 
     void parse(const QString& text);

@@ -14,8 +14,11 @@
 
 namespace json_rpc {
 
-// Error codes of JSON-RPC 2.0, with the texts of that standard.
+// Error codes of JSON-RPC 2.0, with the texts of that standard, and one of the range that it
+// leaves to servers: LimitExceeded, for a request refused because it would pass a bound that keeps
+// the server's memory or main thread in check (its data names the bound).
 enum class ErrorCode : int {
+    LimitExceeded = -32000,
     ParseError = -32700,
     InvalidRequest = -32600,
     MethodNotFound = -32601,
