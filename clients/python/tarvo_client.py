@@ -241,9 +241,11 @@ class TarvoClient:
 
     @classmethod
     async def connect(cls, port, host="127.0.0.1", tls=False, connection_id=None,
-                      id_in_path=False, url=None, open_timeout=10):
+                      id_in_path=False, url=None, open_timeout=10, origin=None):
         """Connects to a server. With tls, the server's built-in certificate is accepted without
-        verification. Raises websockets' exceptions when the server refuses the connection."""
+        verification. `origin` sends an Origin header as a browser would (the server admits only
+        the origins given with --allow-origin). Raises websockets' exceptions when the server
+        refuses the connection."""
         if url is None:
             url = cls.url(port, host, tls, connection_id, id_in_path)
         context = None
@@ -252,7 +254,8 @@ class TarvoClient:
             context.check_hostname = False
             context.verify_mode = ssl.CERT_NONE
         websocket = await websockets.connect(url, ssl=context, open_timeout=open_timeout,
-                                             max_size=None, compression=None, ping_interval=None)
+                                             max_size=None, compression=None, ping_interval=None,
+                                             origin=origin)
         return cls(websocket)
 
     async def close(self):

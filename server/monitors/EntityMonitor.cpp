@@ -116,16 +116,16 @@ int entity_type_code(const QString& name) {
     return codes_by_name().value(name.toLower(), unknown_code);
 }
 
-DataMonitor* create_monitor(int code, int id) {
+std::unique_ptr<DataMonitor> create_monitor(int code, int id) {
     switch (code) {
     case volume_code:
-        return new VolumeMonitor(id);
+        return std::make_unique<VolumeMonitor>(id);
     case surface_code:
-        return new SurfaceMonitor(id);
+        return std::make_unique<SurfaceMonitor>(id);
     case curve_code:
-        return new CurveMonitor(id);
+        return std::make_unique<CurveMonitor>(id);
     case vertex_code:
-        return new VertexMonitor(id);
+        return std::make_unique<VertexMonitor>(id);
     default:
         // Exodus sets (5-7), boundary conditions (8-18), materials (19) and boundary layers (20)
         // get their monitors with those families; until then their keys are stored and produce

@@ -11,6 +11,8 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <memory>
+
 class EntityMonitor : public DataMonitor {
 public:
     EntityMonitor(const QString& type, int id);
@@ -45,4 +47,4 @@ protected:
 int entity_type_code(const QString& name);
 
 // A new monitor for an entity of type `code`, or null where no monitor is built for that code.
-DataMonitor* create_monitor(int code, int id);
+std::unique_ptr<DataMonitor> create_monitor(int code, int id);

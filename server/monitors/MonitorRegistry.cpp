@@ -1,27 +1,24 @@
 #include "monitors/MonitorRegistry.h"
 
-MonitorRegistry::~MonitorRegistry() {
-    for (auto& [client, selection] : selections)
-        delete selection;
-}
+#include "json_rpc/RPCMethodWrapper.h"
+
+#include <string>
 
 void MonitorRegistry::add_client(ClientConnection* client) {
-    if (client == nullptr || selections.count(client) != 0)
+    if (client == nullptr)
         return;
-    selections.emplace(client, new MonitorSelection);
+    selections.try_emplace(client);
+    key_counts.try_emplace(client, 0);
 }
 
 void MonitorRegistry::remove_client(ClientConnection* client) {
-    const auto it = selections.find(client);
-    if (client == nullptr || it == selections.end())
-        return;
-    delete it->second;
-    selections.erase(it);
+    selections.erase(client);
+    key_counts.erase(client);
 }
 
-MonitorSelection* MonitorRegistry::selection_of(ClientConnection* client) const {
+const MonitorSelection* MonitorRegistry::selection_of(ClientConnection* client) const {
     const auto it = selections.find(client);
-    return it == selections.end() ? nullptr : it->second;
+    return it == selections.end() ? nullptr : &it->second;
 }
 
 MonitorSelection MonitorRegistry::copy_selection(ClientConnection* client) const {
@@ -30,20 +27,36 @@ MonitorSelection MonitorRegistry::copy_selection(ClientConnection* client) const
 }
 
 bool MonitorRegistry::add_monitor(ClientConnection* client, const MonitorKey& key) {
-    MonitorSelection* selection = selection_of(client);
-    if (selection == nullptr)
+    const auto found = selections.find(client);
+    if (found == selections.end())
         return false;
-    (*selection)[key.kind].insert(key.pair);
+    MonitorSelection* selection = &found->second;
+    std::size_t& count = key_counts[client];
+    auto& pairs = (*selection)[key.kind];
+    if (pairs.count(key.pair) != 0)
+        return true;
+    if (count >= kMaxKeysPerClient) {
+        if (pairs.empty())
+            selection->erase(key.kind);
+        throw json_rpc::RefusedCall(json_rpc::ErrorCode::LimitExceeded,
+                                    "a client may watch at most " +
+                                        std::to_string(kMaxKeysPerClient) +
+                                        " monitor keys; remove some first");
+    }
+    pairs.insert(key.pair);
+    ++count;
     return true;
 }
 
 bool MonitorRegistry::remove_monitor(ClientConnection* client, const MonitorKey& key) {
-    MonitorSelection* selection = selection_of(client);
-    if (selection == nullptr)
+    const auto found = selections.find(client);
+    if (found == selections.end())
         return false;
+    MonitorSelection* selection = &found->second;
     const auto it = selection->find(key.kind);
     if (it != selection->end()) {
-        it->second.erase(key.pair);
+        if (it->second.erase(key.pair) != 0)
+            --key_counts[client];
         if (it->second.empty())
             selection->erase(it);
     }

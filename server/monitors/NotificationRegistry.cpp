@@ -1,26 +1,44 @@
 #include "monitors/NotificationRegistry.h"
 
-NotificationRegistry::~NotificationRegistry() {
-    for (auto& [client, names] : subscriptions)
-        delete names;
+#include "json_rpc/RPCMethodWrapper.h"
+
+#include <string>
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& reason) {
+    throw json_rpc::RefusedCall(json_rpc::ErrorCode::LimitExceeded, reason);
 }
 
+void check_name(const QString& name) {
+    if (name.size() > NotificationRegistry::kMaxNameLength)
+        refuse("a notification name is at most " +
+               std::to_string(NotificationRegistry::kMaxNameLength) + " characters long");
+}
+
+} // namespace
+
 void NotificationRegistry::add_client(ClientConnection* client) {
-    if (client == nullptr || subscriptions.count(client) != 0)
-        return;
-    subscriptions.emplace(client, new std::set<QString>);
+    if (client != nullptr)
+        subscriptions.try_emplace(client);
 }
 
 void NotificationRegistry::remove_client(ClientConnection* client) {
-    const auto it = subscriptions.find(client);
-    if (client == nullptr || it == subscriptions.end())
-        return;
-    delete it->second;
-    subscriptions.erase(it);
+    subscriptions.erase(client);
 }
 
 bool NotificationRegistry::register_notification(const QString& name, const QString& description) {
-    return descriptions.emplace(name, description).second;
+    if (descriptions.count(name) != 0)
+        return false;
+    check_name(name);
+    if (description.size() > kMaxDescriptionLength)
+        refuse("a notification description is at most " + std::to_string(kMaxDescriptionLength) +
+               " characters long");
+    if (descriptions.size() >= kMaxRegisteredNames)
+        refuse("at most " + std::to_string(kMaxRegisteredNames) +
+               " notification names can be registered");
+    descriptions.emplace(name, description);
+    return true;
 }
 
 std::vector<QString> NotificationRegistry::notifications() const {
@@ -40,7 +58,13 @@ bool NotificationRegistry::subscribe(ClientConnection* client, const QString& na
     const auto it = subscriptions.find(client);
     if (it == subscriptions.end())
         return false;
-    it->second->insert(name);
+    if (it->second.count(name) != 0)
+        return true;
+    check_name(name);
+    if (it->second.size() >= kMaxSubscriptionsPerClient)
+        refuse("a client may subscribe to at most " + std::to_string(kMaxSubscriptionsPerClient) +
+               " notifications; unsubscribe from some first");
+    it->second.insert(name);
     return true;
 }
 
@@ -48,14 +72,14 @@ bool NotificationRegistry::unsubscribe(ClientConnection* client, const QString& 
     const auto it = subscriptions.find(client);
     if (it == subscriptions.end())
         return false;
-    it->second->erase(name);
+    it->second.erase(name);
     return true;
 }
 
 std::vector<ClientConnection*> NotificationRegistry::subscribers(const QString& name) const {
     std::vector<ClientConnection*> clients;
     for (const auto& [client, names] : subscriptions)
-        if (names->count(name) != 0)
+        if (names.count(name) != 0)
             clients.push_back(client);
     return clients;
 }

@@ -7,25 +7,26 @@
 // must keep the two groups apart, as they run at the same time.
 
 #include "json_rpc/RPCObject.h"
+#include "routing/Task.h"
 
 #include <memory>
+#include <utility>
 
 class GTarvoModelSet;
 class MonitorRegistry;
-class Task;
 class TarvoMessageHandler;
 class TarvoProgressHandler;
 
 // The answer of a datamonitor. request: the response to send now, or, when the request selected
 // a new monitor, an empty response and a follow-up task that carries the real one behind that
-// monitor's first data. follow_up is owned by whoever takes the result.
+// monitor's first data.
 class MonitorResult : public RPCResponse {
 public:
     MonitorResult() = default;
-    explicit MonitorResult(const RPCResponse& response, Task* follow_up = nullptr)
-        : RPCResponse(response), follow_up(follow_up) {}
+    explicit MonitorResult(const RPCResponse& response, std::unique_ptr<Task> follow_up = nullptr)
+        : RPCResponse(response), follow_up(std::move(follow_up)) {}
 
-    Task* follow_up = nullptr;
+    std::unique_ptr<Task> follow_up;
 };
 
 class ServerWorker {
@@ -49,11 +50,13 @@ public:
     virtual GTarvoModelSet* model_set() = 0;
     // Worker thread: run the task's request; the empty response for a task without one.
     virtual RPCResponse execute(Task* task) = 0;
-    // Main thread, without any kernel call: run a datamonitor request. Consumes `task`.
-    virtual MonitorResult process_monitor_request(MonitorRegistry* registry, Task* task) = 0;
+    // Main thread, without any kernel call: run a datamonitor request.
+    virtual MonitorResult process_monitor_request(MonitorRegistry* registry,
+                                                  std::unique_ptr<Task> task) = 0;
 
 protected:
     // The whole of process_monitor_request for any worker: it needs the registry alone, never
-    // the kernel. Deletes `task`.
-    static MonitorResult handle_monitor_request(MonitorRegistry* registry, Task* task);
+    // the kernel.
+    static MonitorResult handle_monitor_request(MonitorRegistry* registry,
+                                                std::unique_ptr<Task> task);
 };

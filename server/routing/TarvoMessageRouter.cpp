@@ -15,16 +15,17 @@
 #include <mutex>
 
 TarvoMessageRouter::TarvoMessageRouter(ServerWorker* worker, bool synchronous)
-    : synchronous(synchronous), subscriptions(new NotificationRegistry),
-      monitors(new MonitorRegistry) {
-    queue = new TarvoQueue(worker, [this, synchronous](TarvoQueue::NotificationType type) {
-        // Worker thread, notification_mutex held: post, never block.
-        if (synchronous)
-            return;
-        const int t = static_cast<int>(type);
-        QMetaObject::invokeMethod(
-            this, [this, t] { process_notifications(t); }, Qt::QueuedConnection);
-    });
+    : synchronous(synchronous), subscriptions(std::make_unique<NotificationRegistry>()),
+      monitors(std::make_unique<MonitorRegistry>()) {
+    queue = std::make_unique<TarvoQueue>(
+        worker, [this, synchronous](TarvoQueue::NotificationType type) {
+            // Worker thread, notification_mutex held: post, never block.
+            if (synchronous)
+                return;
+            const int t = static_cast<int>(type);
+            QMetaObject::invokeMethod(
+                this, [this, t] { process_notifications(t); }, Qt::QueuedConnection);
+        });
     queue->set_connected_clients(&clients);
 
     subscriptions->register_notification(QStringLiteral("print_message"), QStringLiteral("[msg]"));
@@ -42,10 +43,8 @@ TarvoMessageRouter::~TarvoMessageRouter() {
     // out of `clients`, so this reaches no deleted connection. The worker thread is joined, so
     // no lock is needed.
     handle_completed_tarvo_task();
-    delete queue;
-    queue = nullptr;
-    delete subscriptions;
-    delete monitors;
+    // The queue goes first, the registries after it (the order of the members).
+    queue.reset();
 }
 
 void TarvoMessageRouter::add_client(ClientConnection* client) {
@@ -111,7 +110,7 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
     }
 
     if (method.startsWith(QLatin1String("pubsub."))) {
-        NotifyRPCRequestHandler handler(subscriptions, this, client);
+        NotifyRPCRequestHandler handler(subscriptions.get(), this, client);
         const RPCResponse response = handler.exec(request);
         if (!response.is_empty())
             client->send_response(response);
@@ -119,13 +118,13 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
     }
 
     if (method.startsWith(QLatin1String("datamonitor."))) {
-        const MonitorResult result =
-            queue->process_monitor_request(monitors, new Task(client, request));
+        MonitorResult result =
+            queue->process_monitor_request(monitors.get(), std::make_unique<Task>(client, request));
         std::future<int> done;
         if (result.follow_up != nullptr) {
             // Its selection is the new key alone, so its monitors are built even if the client's
             // selection changes again before it runs.
-            done = queue->enqueue_kernel_task(result.follow_up);
+            done = queue->enqueue_kernel_task(std::move(result.follow_up));
         }
         if (!result.is_empty())
             client->send_response(result);
@@ -137,19 +136,21 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
         return {};
     }
 
-    Task* task = new Task(client, request);
-    attach_monitors(task);
+    auto task = std::make_unique<Task>(client, request);
+    attach_monitors(*task);
     // No dot is needed: any name that begins with these letters is a graphics request.
     if (method.startsWith(QLatin1String("graphics")))
-        return queue->enqueue_graphics_task(task);
-    return queue->enqueue_kernel_task(task);
+        return queue->enqueue_graphics_task(std::move(task));
+    return queue->enqueue_kernel_task(std::move(task));
 }
 
-void TarvoMessageRouter::attach_monitors(Task* task) {
+void TarvoMessageRouter::attach_monitors(Task& task) {
     MonitorSelection selection;
-    for (ClientConnection* client : clients)
-        merge_selection(selection, monitors->copy_selection(client));
-    task->selection = std::move(selection);
+    for (ClientConnection* client : clients) {
+        if (const MonitorSelection* own = monitors->selection_of(client))
+            merge_selection(selection, *own);
+    }
+    task.selection = std::move(selection);
 }
 
 void TarvoMessageRouter::test_render(ClientConnection* client, const RPCRequest& request) {
@@ -160,9 +161,10 @@ void TarvoMessageRouter::test_render(ClientConnection* client, const RPCRequest&
         QJsonObject render_params{{QStringLiteral("view_id"), view_id}};
         if (i == 0)
             render_params.insert(QStringLiteral("timing"), true);
-        Task* task = new Task(client, RPCRequest(QStringLiteral("graphics.render"), render_params));
-        attach_monitors(task);
-        queue->enqueue_graphics_task(task).wait();
+        auto task = std::make_unique<Task>(
+            client, RPCRequest(QStringLiteral("graphics.render"), render_params));
+        attach_monitors(*task);
+        queue->enqueue_graphics_task(std::move(task)).wait();
         // Served here directly; the events posted meanwhile find nothing left to do.
         {
             std::lock_guard lock(queue->notification_mutex());
@@ -240,14 +242,14 @@ void TarvoMessageRouter::send_notifications(const std::vector<RPCRequest>& notif
 }
 
 void TarvoMessageRouter::handle_completed_tarvo_task() {
-    for (Task* task : queue->take_completed()) {
+    for (const std::unique_ptr<Task>& task : queue->take_completed()) {
         // Monitor data first, to every client that selected it now, whoever asked.
         for (ClientConnection* client : clients) {
             const MonitorSelection* selection = monitors->selection_of(client);
             if (selection == nullptr)
                 continue;
             std::vector<RPCRequest> data;
-            for (DataMonitor* monitor : task->monitors) {
+            for (const auto& monitor : task->monitors) {
                 std::vector<RPCRequest> part = monitor->get_notifications(*selection);
                 data.insert(data.end(), part.begin(), part.end());
             }
@@ -259,6 +261,5 @@ void TarvoMessageRouter::handle_completed_tarvo_task() {
         // Then the answer, if the asking client is still there.
         if (!task->response.is_empty() && clients.count(task->client) != 0)
             task->client->send_response(task->response);
-        delete task;
     }
 }

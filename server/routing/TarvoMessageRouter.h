@@ -22,6 +22,7 @@
 #include <QObject>
 
 #include <future>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -66,7 +67,7 @@ private slots:
 
 private:
     // Stores the union of all clients' selections in the task.
-    void attach_monitors(Task* task);
+    void attach_monitors(Task& task);
     // graphics.test_render: renders a view `count` times, blocking the main thread.
     void test_render(ClientConnection* client, const RPCRequest& request);
     // Synchronous mode: serve output, views and completed tasks, each under its own lock.
@@ -75,8 +76,9 @@ private:
     void forget_client(ClientConnection* client);
 
     bool synchronous;
-    TarvoQueue* queue = nullptr;                   // owned
-    NotificationRegistry* subscriptions = nullptr; // owned
-    MonitorRegistry* monitors = nullptr;           // owned
-    std::set<ClientConnection*> clients;           // connected, ordered by pointer
+    // Declared before the queue, so that they outlive the worker thread that the queue joins.
+    std::unique_ptr<NotificationRegistry> subscriptions;
+    std::unique_ptr<MonitorRegistry> monitors;
+    std::set<ClientConnection*> clients; // connected, ordered by pointer
+    std::unique_ptr<TarvoQueue> queue;
 };

@@ -9,6 +9,9 @@
 #include "tarvo_util/TarvoMessage.h"
 #include "tarvo_util/TarvoString.h"
 
+#include <algorithm>
+#include <iterator>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -20,31 +23,31 @@ constexpr std::uint32_t bit_of(TarvoQueue::NotificationType type) {
 } // namespace
 
 TarvoQueue::TarvoQueue(ServerWorker* worker, std::function<void(NotificationType)> notify)
-    : server_worker(worker), notify(std::move(notify)), output(new WorkerOutput) {
+    : server_worker(worker), notify(std::move(notify)), output(std::make_unique<WorkerOutput>()) {
     thread = std::thread(&TarvoQueue::run, this);
 }
 
 TarvoQueue::~TarvoQueue() {
     if (thread.joinable())
         stop();
-    delete output;
 }
 
 // ---- Main thread ----------------------------------------------------------------------------
 
-std::future<int> TarvoQueue::enqueue_kernel_task(Task* task) {
-    return enqueue(kernel_tasks, task);
+std::future<int> TarvoQueue::enqueue_kernel_task(std::unique_ptr<Task> task) {
+    return enqueue(kernel_tasks, std::move(task));
 }
 
-std::future<int> TarvoQueue::enqueue_graphics_task(Task* task) {
-    return enqueue(graphics_tasks, task);
+std::future<int> TarvoQueue::enqueue_graphics_task(std::unique_ptr<Task> task) {
+    return enqueue(graphics_tasks, std::move(task));
 }
 
-std::future<int> TarvoQueue::enqueue(std::deque<Task*>& tasks, Task* task) {
+std::future<int> TarvoQueue::enqueue(std::deque<std::unique_ptr<Task>>& tasks,
+                                     std::unique_ptr<Task> task) {
     std::future<int> future = task->get_future();
     {
         std::lock_guard lock(queue_mutex);
-        tasks.push_back(task);
+        tasks.push_back(std::move(task));
     }
     // Woken after the lock is released, so that the worker doesn't wake only to sleep again on
     // queue_mutex. No wake-up is lost: the worker tests the deques under the lock before waiting.
@@ -52,8 +55,9 @@ std::future<int> TarvoQueue::enqueue(std::deque<Task*>& tasks, Task* task) {
     return future;
 }
 
-MonitorResult TarvoQueue::process_monitor_request(MonitorRegistry* registry, Task* task) {
-    return server_worker->process_monitor_request(registry, task);
+MonitorResult TarvoQueue::process_monitor_request(MonitorRegistry* registry,
+                                                  std::unique_ptr<Task> task) {
+    return server_worker->process_monitor_request(registry, std::move(task));
 }
 
 void TarvoQueue::request_interrupt() {
@@ -75,13 +79,34 @@ void TarvoQueue::remove_client(ClientConnection* client) {
         }
     }
     // notification_mutex is released before queue_mutex is taken: the lock order.
-    Task* task = new Task(client, [this, client] {
+    std::vector<std::unique_ptr<Task>> dropped;
+    {
+        std::lock_guard lock(queue_mutex);
+        // Nobody is left to answer: the client's waiting requests never start. They have not
+        // run, so no monitor of any client has anything to report about them.
+        for (auto* tasks : {&kernel_tasks, &graphics_tasks}) {
+            const auto gone = std::stable_partition(
+                tasks->begin(), tasks->end(), [client](const std::unique_ptr<Task>& task) {
+                    return task->client != client || task->action;
+                });
+            std::move(gone, tasks->end(), std::back_inserter(dropped));
+            tasks->erase(gone, tasks->end());
+        }
+        // Its running request is interrupted, but only when it is the one running: another
+        // client's work is never cut short for it. A kernel command ends at its next check of
+        // the interrupt and completes as usual, so monitors still read a consistent model.
+        if (busy && running_client == client)
+            server_worker->interrupt();
+    }
+    // The dropped tasks go here, outside the lock; nobody waits on their futures.
+    dropped.clear();
+
+    enqueue_graphics_task(std::make_unique<Task>(client, [this, client] {
         // The views of the client are destroyed here once the render views exist (graphics
         // stays null until then).
         std::lock_guard lock(notification_lock);
         removed_clients.erase(client);
-    });
-    enqueue_graphics_task(task);
+    }));
 }
 
 std::vector<RPCRequest> TarvoQueue::take_output() {
@@ -89,9 +114,9 @@ std::vector<RPCRequest> TarvoQueue::take_output() {
     return output->take_notifications();
 }
 
-std::deque<Task*> TarvoQueue::take_completed() {
+std::deque<std::unique_ptr<Task>> TarvoQueue::take_completed() {
     pending &= ~bit_of(TaskCompleted);
-    std::deque<Task*> tasks;
+    std::deque<std::unique_ptr<Task>> tasks;
     tasks.swap(completed_tasks);
     return tasks;
 }
@@ -148,14 +173,14 @@ bool TarvoQueue::is_batching_renders() {
     return batching_renders;
 }
 
-void TarvoQueue::complete_task(Task* task) {
+void TarvoQueue::complete_task(std::unique_ptr<Task> task) {
     std::lock_guard lock(notification_lock);
-    completed_tasks.push_back(task);
-    if (raise(TaskCompleted))
-        deferred_posts |= bit_of(TaskCompleted);
     // Once the lock is released the main thread may take the task and delete it; the promise
     // leaves with its shared state, so its waiter is still told, later, outside every lock.
     deferred_done.push_back(std::move(task->done));
+    completed_tasks.push_back(std::move(task));
+    if (raise(TaskCompleted))
+        deferred_posts |= bit_of(TaskCompleted);
 }
 
 void TarvoQueue::set_render_batching(bool on) {
@@ -240,7 +265,7 @@ void TarvoQueue::run() {
 
     std::unique_lock lock(queue_mutex);
     for (;;) {
-        std::deque<Task*> local;
+        std::deque<std::unique_ptr<Task>> local;
 
         // All waiting graphics tasks first; `busy` covers the whole run of them, so an interrupt
         // during a graphics pass reaches the kernel even if it is idle.
@@ -250,7 +275,9 @@ void TarvoQueue::run() {
             busy = true;
             if (n > 1)
                 set_render_batching(true);
-            for (Task* task : local) {
+            for (std::unique_ptr<Task>& owned : local) {
+                Task* task = owned.get();
+                running_client = task->action ? nullptr : task->client;
                 release_queue(lock);
                 server_worker->begin_task(task, true);
                 if (task->action)
@@ -261,11 +288,12 @@ void TarvoQueue::run() {
                     task->set_response(response);
                 server_worker->end_task(task);
                 lock.lock();
-                complete_task(task);
+                complete_task(std::move(owned));
             }
             if (n > 1)
                 set_render_batching(false);
             busy = false;
+            running_client = nullptr;
             release_queue(lock);
             lock.lock();
         }
@@ -275,14 +303,17 @@ void TarvoQueue::run() {
         // while no kernel call is made, so an interrupt can't reach the next task early.
         local.clear();
         local.swap(kernel_tasks);
-        for (Task* task : local) {
+        for (std::unique_ptr<Task>& owned : local) {
+            Task* task = owned.get();
             busy = true;
+            running_client = task->action ? nullptr : task->client;
             lock.unlock();
             server_worker->begin_task(task, false);
             if (task->action)
                 task->action();
-            // A monitor task has no method and keeps the response it came with.
-            if (!task->request.method_name().isEmpty()) {
+            // A monitor or action task has no request and keeps the response it came with. A
+            // request whose method name is empty is still a request, and draws "method not found".
+            if (!task->request.is_empty()) {
                 const RPCResponse response = server_worker->execute(task);
                 if (!response.is_empty())
                     task->set_response(response);
@@ -290,7 +321,8 @@ void TarvoQueue::run() {
             server_worker->end_task(task);
             lock.lock();
             busy = false;
-            complete_task(task);
+            running_client = nullptr;
+            complete_task(std::move(owned));
             // Each answer goes out as soon as its task is done, not at the end of the pass.
             release_queue(lock);
             lock.lock();

@@ -24,6 +24,7 @@
 #include <functional>
 #include <future>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -47,26 +48,27 @@ public:
     // Starts the worker thread as its last step; the thread initialises the kernel through
     // `worker`. `notify` is called on the worker thread, with neither mutex held.
     TarvoQueue(ServerWorker* worker, std::function<void(NotificationType)> notify);
-    // Stops the thread if stop() was not called. Tasks still waiting are neither run, answered
-    // nor freed: the process is ending.
+    // Stops the thread if stop() was not called. Tasks still waiting are freed, neither run nor
+    // answered: the process is ending.
     ~TarvoQueue();
     TarvoQueue(const TarvoQueue&) = delete;
     TarvoQueue& operator=(const TarvoQueue&) = delete;
 
     // ---- Main thread ------------------------------------------------------------------------
 
-    std::future<int> enqueue_kernel_task(Task* task);
-    std::future<int> enqueue_graphics_task(Task* task);
+    std::future<int> enqueue_kernel_task(std::unique_ptr<Task> task);
+    std::future<int> enqueue_graphics_task(std::unique_ptr<Task> task);
     // No queue work: the worker object's operation, on the calling thread.
-    MonitorResult process_monitor_request(MonitorRegistry* registry, Task* task);
+    MonitorResult process_monitor_request(MonitorRegistry* registry, std::unique_ptr<Task> task);
     // Reaches the kernel only while a task runs; nothing is remembered for a later task.
     void request_interrupt();
-    // A client has gone: its views stop collecting renders and are torn down on the worker
-    // thread by an action task.
+    // A client has gone: its waiting tasks are dropped unrun, its running task (only if the
+    // running one is its own) is interrupted, and its views stop collecting renders and are torn
+    // down on the worker thread by an action task.
     void remove_client(ClientConnection* client);
     // The next three expect notification_mutex() to be held by the caller.
     std::vector<RPCRequest> take_output();
-    std::deque<Task*> take_completed();
+    std::deque<std::unique_ptr<Task>> take_completed();
     void deliver_views(bool dump_time);
     std::mutex& notification_mutex() { return notification_lock; }
     // The router's set of connected clients. Image delivery checks a view's client against it
@@ -87,7 +89,7 @@ public:
     bool is_batching_renders();
     // With queue_mutex held. The post and the task's promise follow when the worker thread
     // releases queue_mutex (release_queue).
-    void complete_task(Task* task);
+    void complete_task(std::unique_ptr<Task> task);
     // With queue_mutex held. Renders the views collected while batching, then switches; a post
     // it raises follows like that of complete_task.
     void set_render_batching(bool on);
@@ -99,7 +101,7 @@ public:
 
 private:
     void run();
-    std::future<int> enqueue(std::deque<Task*>& tasks, Task* task);
+    std::future<int> enqueue(std::deque<std::unique_ptr<Task>>& tasks, std::unique_ptr<Task> task);
     // notification_mutex held: sets the bit of `type` and tells whether it was clear, that is
     // whether a post is due once the lock is released.
     bool raise(NotificationType type);
@@ -119,15 +121,17 @@ private:
     std::uint32_t pending = 0;              // notification_mutex
     bool busy = false;                      // queue_mutex
     bool stopping = false;                  // queue_mutex
-    ServerWorker* server_worker;            // not owned
+    // The client whose request runs now; null between tasks and for action tasks. queue_mutex.
+    ClientConnection* running_client = nullptr;
+    ServerWorker* server_worker; // not owned
     // Exists only while the thread runs, owned by it. The render views come with the graphics
     // work; until then it stays null and graphics requests find no method.
     ServerGraphicsManager* graphics = nullptr;
-    std::deque<Task*> kernel_tasks;    // queue_mutex
-    std::deque<Task*> graphics_tasks;  // queue_mutex
-    std::deque<Task*> completed_tasks; // notification_mutex
+    std::deque<std::unique_ptr<Task>> kernel_tasks;    // queue_mutex
+    std::deque<std::unique_ptr<Task>> graphics_tasks;  // queue_mutex
+    std::deque<std::unique_ptr<Task>> completed_tasks; // notification_mutex
     std::function<void(NotificationType)> notify;
-    WorkerOutput* output; // owned; notification_mutex
+    std::unique_ptr<WorkerOutput> output; // notification_mutex
     // View to its client; notification_mutex. Keyed by view, so "first" means lowest address.
     std::map<ServerGraphicsView*, ClientConnection*> dirty_views;
     std::set<ClientConnection*> removed_clients; // notification_mutex

@@ -16,9 +16,7 @@
 
 TarvoWorker::TarvoWorker(std::vector<std::string>&& arguments) : arguments(std::move(arguments)) {}
 
-TarvoWorker::~TarvoWorker() {
-    delete observer;
-}
+TarvoWorker::~TarvoWorker() = default;
 
 void TarvoWorker::add_default_driver(std::vector<std::string>& arguments) {
     if (std::find(arguments.begin(), arguments.end(), "-driver") == arguments.end()) {
@@ -30,7 +28,7 @@ void TarvoWorker::add_default_driver(std::vector<std::string>& arguments) {
 void TarvoWorker::initialize(std::shared_ptr<TarvoMessageHandler> messages,
                              std::shared_ptr<TarvoProgressHandler> progress) {
     add_default_driver(arguments);
-    observer = new WorkerTIObserve;
+    observer = std::make_unique<WorkerTIObserve>();
     // A session that fails to start is not detected here: the worker goes on to its loop, and
     // each call then tells its own failure.
     TarvoInterface::init(arguments);
@@ -44,8 +42,7 @@ void TarvoWorker::shutdown() {
         return;
     observer->unregister_observer();
     TarvoInterface::destroy();
-    delete observer;
-    observer = nullptr;
+    observer.reset();
 }
 
 void TarvoWorker::begin_task(Task* task, bool graphics_only) {
@@ -57,22 +54,23 @@ void TarvoWorker::begin_task(Task* task, bool graphics_only) {
     for (const auto& [kind, pairs] : selection) {
         if (!graphics_only && kind == QLatin1String("entity")) {
             for (const auto& [code, id] : pairs) {
-                if (DataMonitor* monitor = create_monitor(code, id))
-                    task->monitors.push_back(monitor);
+                if (std::unique_ptr<DataMonitor> monitor = create_monitor(code, id))
+                    task->monitors.push_back(std::move(monitor));
             }
         } else if (!graphics_only && kind == QLatin1String("model")) {
-            task->monitors.push_back(new ModelMonitor());
+            task->monitors.push_back(std::make_unique<ModelMonitor>());
         } else if (kind == QLatin1String("TIObserve")) {
             std::set<int> events;
             for (const auto& pair : pairs)
                 events.insert(pair.first);
-            task->monitors.push_back(new TIObserveMonitor(std::move(events)));
+            task->monitors.push_back(std::make_unique<TIObserveMonitor>(std::move(events)));
         }
         // "graphics": the graphics monitor reads the render views' pick state and comes with
         // them; until then the key is stored but no data is computed for it.
     }
 
-    for (DataMonitor* monitor : task->monitors) {
+    for (const auto& owned : task->monitors) {
+        DataMonitor* monitor = owned.get();
         if (first_data)
             monitor->set_full_refresh();
         if (auto* observe = dynamic_cast<TIObserveMonitor*>(monitor))
@@ -87,7 +85,7 @@ void TarvoWorker::begin_task(Task* task, bool graphics_only) {
 }
 
 void TarvoWorker::end_task(Task* task) {
-    for (DataMonitor* monitor : task->monitors)
+    for (const auto& monitor : task->monitors)
         monitor->update();
     observer->set_observe_monitor(nullptr);
     observer->set_graphics_monitor(nullptr);
@@ -97,7 +95,7 @@ void TarvoWorker::end_task(Task* task) {
 
 RPCResponse TarvoWorker::execute(Task* task) {
     const RPCRequest request = task->request;
-    if (request.method_name().isEmpty())
+    if (request.is_empty())
         return RPCResponse();
     TarvoRPCRequestHandler handler;
     return handler.exec(request);
@@ -112,6 +110,7 @@ GTarvoModelSet* TarvoWorker::model_set() {
     return nullptr;
 }
 
-MonitorResult TarvoWorker::process_monitor_request(MonitorRegistry* registry, Task* task) {
-    return handle_monitor_request(registry, task);
+MonitorResult TarvoWorker::process_monitor_request(MonitorRegistry* registry,
+                                                   std::unique_ptr<Task> task) {
+    return handle_monitor_request(registry, std::move(task));
 }

@@ -11,6 +11,7 @@
 
 #include "routing/ServerWorker.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,8 @@ public:
     void interrupt() override;
     GTarvoModelSet* model_set() override;
     RPCResponse execute(Task* task) override;
-    MonitorResult process_monitor_request(MonitorRegistry* registry, Task* task) override;
+    MonitorResult process_monitor_request(MonitorRegistry* registry,
+                                          std::unique_ptr<Task> task) override;
 
     // The kernel's argument vector, as initialize() completes it.
     const std::vector<std::string>& kernel_arguments() const { return arguments; }
@@ -42,6 +44,6 @@ public:
 
 private:
     std::vector<std::string> arguments;
-    // Owned; exists from initialize() to shutdown() only.
-    WorkerTIObserve* observer = nullptr;
+    // Exists from initialize() to shutdown() only.
+    std::unique_ptr<WorkerTIObserve> observer;
 };

@@ -14,7 +14,4 @@ Task::Task(ClientConnection* client, const MonitorKey& key) : client(client) {
 Task::Task(ClientConnection* client, std::function<void()> action)
     : client(client), action(std::move(action)) {}
 
-Task::~Task() {
-    for (DataMonitor* monitor : monitors)
-        delete monitor;
-}
+Task::~Task() = default;

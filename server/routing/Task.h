@@ -1,8 +1,9 @@
 #pragma once
-// One unit of work for the worker thread. Created with new on the main thread by the router,
-// handed by raw pointer through TarvoQueue to the worker thread and back, and deleted on the main
-// thread once its monitor data and response went out. It owns the monitors that the worker built
-// for it.
+// One unit of work for the worker thread. Made on the main thread by the router, owned by
+// whoever holds its std::unique_ptr: the router, then TarvoQueue's deques, then the router again,
+// which destroys it on the main thread once its monitor data and response went out. The worker
+// and the monitors see it through plain pointers while it runs. It owns the monitors that the
+// worker built for it.
 //
 // Threads: the main thread fills it before it is queued; from then on the worker thread alone
 // touches it until it lies on the completed list; after take_completed() it is the main thread's
@@ -13,6 +14,7 @@
 
 #include <functional>
 #include <future>
+#include <memory>
 #include <vector>
 
 class ClientConnection;
@@ -45,6 +47,5 @@ public:
     std::function<void()> action;
     // Which monitors to set up, the union over all clients at the time of queueing.
     MonitorSelection selection;
-    // Owned.
-    std::vector<DataMonitor*> monitors;
+    std::vector<std::unique_ptr<DataMonitor>> monitors;
 };

@@ -42,6 +42,16 @@ ServerCommandLineParser::ServerCommandLineParser() {
                                  tr_("The timeout, in seconds, used to determine when to exit the "
                                      "server after the last disconnection."),
                                  QStringLiteral("timeout-after-disconnect")));
+    addOption(QCommandLineOption(
+        QStringList{QStringLiteral("allow-origin")},
+        tr_("A browser origin (scheme://host:port) that may connect; repeatable. Clients that "
+            "send no Origin header are always admitted."),
+        QStringLiteral("origin")));
+    addOption(QCommandLineOption(
+        QStringList{QStringLiteral("max-client-backlog")},
+        tr_("Unsent output, in MiB, past which a client that doesn't read is disconnected "
+            "(default 256)."),
+        QStringLiteral("mib")));
     addHelpOption();
 }
 
@@ -63,6 +73,14 @@ bool ServerCommandLineParser::debug_json() const {
 
 int ServerCommandLineParser::timeout_after_disconnect() const {
     return read_int(value(QStringLiteral("timeout-after-disconnect")));
+}
+
+QStringList ServerCommandLineParser::allowed_origins() const {
+    return values(QStringLiteral("allow-origin"));
+}
+
+qint64 ServerCommandLineParser::max_client_backlog() const {
+    return qint64{read_int(value(QStringLiteral("max-client-backlog")))} * 1024 * 1024;
 }
 
 std::vector<std::string> ServerCommandLineParser::kernel_arguments() const {

@@ -7,6 +7,7 @@
 
 #include <QCommandLineParser>
 #include <QString>
+#include <QStringList>
 
 #include <string>
 #include <vector>
@@ -24,6 +25,10 @@ public:
     bool debug_json() const;
     // Seconds; 0 when absent or unreadable. Below 1 the server never ends by itself.
     int timeout_after_disconnect() const;
+    // The browser origins admitted besides clients that send none; empty when not given.
+    QStringList allowed_origins() const;
+    // Bytes; 0 when absent or unreadable (the server's default then applies).
+    qint64 max_client_backlog() const;
     // "tarvo_server", then the positional arguments in order, as UTF-8.
     std::vector<std::string> kernel_arguments() const;
 };

@@ -49,6 +49,8 @@ int main(int argc, char* argv[]) {
     TarvoServer server(&router, address, static_cast<quint16>(port), use_tls, connection_id,
                        debug_json);
     server.set_timeout_after_disconnect(parser.timeout_after_disconnect());
+    server.set_allowed_origins(parser.allowed_origins());
+    server.set_max_backlog(parser.max_client_backlog());
     QObject::connect(&server, &TarvoServer::closed, &app, &QCoreApplication::quit);
 
     return app.exec();

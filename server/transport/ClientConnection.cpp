@@ -4,15 +4,9 @@
 #include "json_rpc/JsonRPCParser.h"
 #include "log_message.h"
 
-#include <algorithm>
-
 ClientConnection::ClientConnection(bool debug_json) : QObject(nullptr), debug_json(debug_json) {}
 
-ClientConnection::~ClientConnection() {
-    // Unfinished batches are abandoned: the client is gone or the process is ending.
-    for (PendingBatch* batch : pending_batches)
-        delete batch;
-}
+ClientConnection::~ClientConnection() = default;
 
 void ClientConnection::receive_text_message(QString message) {
     if (router == nullptr)
@@ -50,13 +44,24 @@ void ClientConnection::receive_text_message(QString message) {
     // A batch that expects no response gets no record, so the errors of a batch made only of
     // notifications and bad elements are never sent. Clients rely on such a batch staying silent.
     if (request_count != notification_count) {
-        auto* batch = new PendingBatch(errors);
+        if (pending_batches.size() >= kMaxPendingBatches) {
+            // Refused whole and unrouted; the error goes out at once, past the pending batches
+            // that would otherwise swallow an answer under a null id.
+            const RPCResponse refusal = RPCResponse::error(
+                QJsonValue::Null, json_rpc::ErrorCode::LimitExceeded,
+                QStringLiteral("at most %1 batches may wait for answers on one connection")
+                    .arg(kMaxPendingBatches));
+            emit send_text_message(QString::fromUtf8(refusal.to_json_string()));
+            return;
+        }
+        auto batch = std::make_unique<PendingBatch>(errors);
         batch->expected_count = request_count + error_count - notification_count;
+        batch->ids.reserve(static_cast<qsizetype>(request_count - notification_count));
         for (const RPCRequest& request : requests.requests()) {
             if (!request.is_notification())
-                batch->ids.push_back(request.id());
+                batch->ids.insert(request.id());
         }
-        pending_batches.push_back(batch);
+        pending_batches.push_back(std::move(batch));
     }
     router->process_batch(this, requests);
 }
@@ -74,8 +79,8 @@ void ClientConnection::send_response(const RPCResponse& response) {
     // one until that one has gone. A response that no batch waits for is dropped: clients must
     // not mix single requests into a running batch.
     const QJsonValue id = response.id();
-    for (PendingBatch* batch : pending_batches) {
-        if (std::find(batch->ids.begin(), batch->ids.end(), id) != batch->ids.end()) {
+    for (const auto& batch : pending_batches) {
+        if (batch->ids.contains(id)) {
             batch->add_response(response);
             break;
         }
@@ -86,10 +91,9 @@ void ClientConnection::send_response(const RPCResponse& response) {
 void ClientConnection::flush_complete_batches() {
     while (!pending_batches.empty() &&
            pending_batches.front()->response_count() == pending_batches.front()->expected_count) {
-        PendingBatch* batch = pending_batches.front();
+        const std::unique_ptr<PendingBatch> batch = std::move(pending_batches.front());
         pending_batches.pop_front();
         emit send_text_message(QString::fromUtf8(batch->to_json_string()));
-        delete batch;
     }
 }
 

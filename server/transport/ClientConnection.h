@@ -15,11 +15,12 @@
 #include <QByteArray>
 #include <QJsonValue>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <cstddef>
 #include <deque>
-#include <vector>
+#include <memory>
 
 class MessageRouter;
 
@@ -30,15 +31,21 @@ public:
     explicit PendingBatch(const RPCBatchResponse& errors) : RPCBatchResponse(errors) {}
 
     std::size_t expected_count = 0;
-    // Ids of the batch's requests that expect a response, in batch order.
-    std::vector<QJsonValue> ids;
+    // Ids of the batch's requests that expect a response. Hashed: every response of a batch
+    // looks its id up here, and a scan would make a batch cost the square of its size.
+    QSet<QJsonValue> ids;
 };
 
 class ClientConnection : public QObject {
     Q_OBJECT
 
 public:
+    // Batches that may wait for answers at once; a batch of requests beyond them is refused with
+    // one LimitExceeded error (null id) and never routed.
+    static constexpr std::size_t kMaxPendingBatches = 64;
+
     explicit ClientConnection(bool debug_json);
+    // Unfinished batches are abandoned without a word: the client is gone or the process ends.
     ~ClientConnection() override;
     ClientConnection(const ClientConnection&) = delete;
     ClientConnection& operator=(const ClientConnection&) = delete;
@@ -73,6 +80,6 @@ private:
 
     MessageRouter* router = nullptr;
     bool debug_json;
-    // Owned; oldest first.
-    std::deque<PendingBatch*> pending_batches;
+    // Oldest first.
+    std::deque<std::unique_ptr<PendingBatch>> pending_batches;
 };

@@ -15,6 +15,7 @@
 #include <QUrl>
 #include <QUrlQuery>
 #include <QWebSocket>
+#include <QWebSocketCorsAuthenticator>
 #include <QWebSocketServer>
 
 #include <algorithm>
@@ -25,7 +26,7 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
                          bool use_tls, const QString& connection_id, bool debug_json,
                          QObject* parent)
     : QObject(parent), router(router), connection_id(connection_id), debug_json(debug_json) {
-    server = new QWebSocketServer(
+    server = std::make_unique<QWebSocketServer>(
         QStringLiteral("TarvoServer"),
         use_tls ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode, nullptr);
     if (use_tls) {
@@ -44,9 +45,13 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
     // The listener is on the loopback address; a system proxy must never stand in between.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
 
-    connect(server, &QWebSocketServer::newConnection, this, &TarvoServer::connection);
-    connect(server, &QWebSocketServer::closed, this, &TarvoServer::closed);
-    connect(server, &QWebSocketServer::sslErrors, this, &TarvoServer::onSslErrors);
+    connect(server.get(), &QWebSocketServer::newConnection, this, &TarvoServer::connection);
+    connect(server.get(), &QWebSocketServer::closed, this, &TarvoServer::closed);
+    connect(server.get(), &QWebSocketServer::sslErrors, this, &TarvoServer::onSslErrors);
+    // Asked during each handshake, before the connection exists; a refusal answers the
+    // handshake with 403 and closes the socket.
+    connect(server.get(), &QWebSocketServer::originAuthenticationRequired, this,
+            &TarvoServer::check_origin, Qt::DirectConnection);
 
     // Not started here: a server that no client ever reaches runs until it is killed.
     connect(&exit_timer, &QTimer::timeout, QCoreApplication::instance(), &QCoreApplication::quit);
@@ -71,17 +76,14 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
 }
 
 TarvoServer::~TarvoServer() {
-    // Taken out of the member first: deleting a socket can emit disconnected(), and
-    // disconnection() must then find nothing to remove.
-    const auto pairs = std::move(connections);
+    // Deleting a socket can emit disconnected(); cut the sockets off first, so that no slot of
+    // this half-destroyed server runs. The clients go with `connections`, the sockets with the
+    // server's children.
+    for (const Connection& connection : connections)
+        connection.socket->disconnect(this);
     connections.clear();
     unflushed.clear();
-    for (const auto& [client, socket] : pairs) {
-        delete client;
-        delete socket;
-    }
     server->close();
-    delete server;
 }
 
 quint16 TarvoServer::port() const {
@@ -89,9 +91,10 @@ quint16 TarvoServer::port() const {
 }
 
 void TarvoServer::connection() {
-    QWebSocket* socket = server->nextPendingConnection();
-    if (socket == nullptr)
+    std::unique_ptr<QWebSocket> pending(server->nextPendingConnection());
+    if (!pending)
         return;
+    QWebSocket* socket = pending.get();
 
     const QUrl url = socket->requestUrl();
     QUrlQuery query(url.query());
@@ -108,15 +111,15 @@ void TarvoServer::connection() {
             query.queryItemValue(QStringLiteral("connection_id"), QUrl::FullyDecoded);
         if (presented.size() != connection_id.size() || presented != connection_id) {
             // Refused without a word: no message, no log, and the exit timer keeps running.
-            delete socket;
             return;
         }
     }
 
-    set_low_delay(socket, server);
+    set_low_delay(socket, server.get());
 
-    auto* client = new ClientConnection(debug_json);
-    connections.emplace_back(client, socket);
+    pending.release()->setParent(this);
+    connections.push_back(Connection{std::make_unique<ClientConnection>(debug_json), socket});
+    ClientConnection* client = connections.back().client.get();
 
     connect(socket, &QWebSocket::textMessageReceived, client,
             &ClientConnection::receive_text_message);
@@ -137,18 +140,18 @@ void TarvoServer::connection() {
 void TarvoServer::disconnection() {
     auto* socket = qobject_cast<QWebSocket*>(sender());
     auto it = std::find_if(connections.begin(), connections.end(),
-                           [socket](const auto& pair) { return pair.second == socket; });
+                           [socket](const Connection& c) { return c.socket == socket; });
     if (it == connections.end())
         return;
-    ClientConnection* client = it->first;
+    const std::unique_ptr<ClientConnection> client = std::move(it->client);
     connections.erase(it);
     unflushed.erase(std::remove(unflushed.begin(), unflushed.end(), socket), unflushed.end());
 
     log_message(tr("Disconnected from %1 on port %2")
                     .arg(socket->peerAddress().toString())
                     .arg(socket->peerPort(), 0, 10));
-    router->remove_client(client);
-    delete client;
+    router->remove_client(client.get());
+    // The client is deleted on leaving; the socket is inside its own signal and goes later.
     socket->deleteLater();
 
     if (timeout_after_disconnect >= 1 && connections.empty()) {
@@ -159,10 +162,10 @@ void TarvoServer::disconnection() {
     }
 }
 
-QWebSocket* TarvoServer::socket_of(QObject* client) const {
-    for (const auto& [connection, socket] : connections) {
-        if (connection == client)
-            return socket;
+TarvoServer::Connection* TarvoServer::connection_of(QObject* client) {
+    for (Connection& connection : connections) {
+        if (connection.client.get() == client)
+            return &connection;
     }
     return nullptr;
 }
@@ -171,18 +174,45 @@ void TarvoServer::send_text_message(QString message) {
     if (debug_json)
         log_message(QLatin1String("<- ") + message);
     // A frame queued from the worker thread can arrive after its client was removed; it is
-    // dropped then.
-    if (QWebSocket* socket = socket_of(sender())) {
-        socket->sendTextMessage(message);
-        mark_unflushed(socket);
-    }
+    // dropped then, as is any frame for a connection that is being dropped.
+    Connection* connection = connection_of(sender());
+    if (connection == nullptr || connection->dropping)
+        return;
+    connection->socket->sendTextMessage(message);
+    mark_unflushed(connection->socket);
+    check_backlog(*connection);
 }
 
 void TarvoServer::send_binary_message(QByteArray message) {
-    if (QWebSocket* socket = socket_of(sender())) {
-        socket->sendBinaryMessage(message);
-        mark_unflushed(socket);
-    }
+    Connection* connection = connection_of(sender());
+    if (connection == nullptr || connection->dropping)
+        return;
+    connection->socket->sendBinaryMessage(message);
+    mark_unflushed(connection->socket);
+    check_backlog(*connection);
+}
+
+void TarvoServer::check_backlog(Connection& connection) {
+    const qint64 unsent = connection.socket->bytesToWrite();
+    if (unsent <= max_backlog)
+        return;
+    connection.dropping = true;
+    log_message(tr("Dropping the connection of %1 on port %2: %3 bytes of output unsent, past the "
+                   "limit of %4 (the client doesn't read its socket)")
+                    .arg(connection.socket->peerAddress().toString())
+                    .arg(connection.socket->peerPort(), 0, 10)
+                    .arg(unsent)
+                    .arg(max_backlog));
+    // Its disconnected() then removes the client through disconnection(), outside any send.
+    QMetaObject::invokeMethod(connection.socket, &QWebSocket::abort, Qt::QueuedConnection);
+}
+
+void TarvoServer::check_origin(QWebSocketCorsAuthenticator* authenticator) const {
+    const QString origin = authenticator->origin();
+    const bool allowed = origin.isEmpty() || allowed_origins.contains(origin, Qt::CaseInsensitive);
+    if (!allowed)
+        log_message(tr("Refused a connection from the origin %1").arg(origin));
+    authenticator->setAllowed(allowed);
 }
 
 void TarvoServer::mark_unflushed(QWebSocket* socket) {

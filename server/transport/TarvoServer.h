@@ -8,6 +8,18 @@
 // send_text_message and send_binary_message are also reached from connections that emit on the
 // worker thread; Qt then delivers them as queued calls, so no lock is needed.
 //
+// Admission: a connection id, when one is set, must be presented in the URL; and a browser's
+// Origin header must be one of the allowed origins, so that a web page open in a local browser
+// can't drive the server. A client that sends no Origin (a script, a native program) is not
+// asked for one.
+//
+// Output bound: a client that doesn't read its socket makes the server buffer its frames. Past
+// max_backlog bytes of unsent output the connection is logged and dropped, rather than letting
+// one client take the machine's memory.
+//
+// Ownership: each socket is a Qt child of the server, deleted with it or, once its client has
+// gone, by deleteLater; each ClientConnection is owned by its entry in `connections`.
+//
 // Frames are written to the sockets just before the main thread's event loop goes to sleep, all
 // that one round of events produced together, instead of one loop round later when Qt's own
 // write notifier fires: a round trip saves a poll and a pass of the loop, and a burst of answers
@@ -19,14 +31,16 @@
 #include <QObject>
 #include <QSslError>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
-#include <utility>
+#include <memory>
 #include <vector>
 
 class ClientConnection;
 class MessageRouter;
 class QWebSocket;
+class QWebSocketCorsAuthenticator;
 class QWebSocketServer;
 
 class TarvoServer : public QObject {
@@ -40,11 +54,19 @@ public:
     // Deletes every connection and its socket without telling the router (the process is
     // ending), then closes the listener.
     ~TarvoServer() override;
+
+    // Unsent output past which a client's connection is dropped.
+    static constexpr qint64 kDefaultMaxBacklog = qint64{256} * 1024 * 1024;
     TarvoServer(const TarvoServer&) = delete;
     TarvoServer& operator=(const TarvoServer&) = delete;
 
     // Seconds after the last client has gone until the process quits; below 1 means never.
     void set_timeout_after_disconnect(int seconds) { timeout_after_disconnect = seconds; }
+    // Origins that a browser may connect from, compared without regard to case ("http://host:port"
+    // as the browser sends it). Empty: no browser origin is admitted.
+    void set_allowed_origins(const QStringList& origins) { allowed_origins = origins; }
+    // Bytes; below 1 means the default.
+    void set_max_backlog(qint64 bytes) { max_backlog = bytes >= 1 ? bytes : kDefaultMaxBacklog; }
 
     // The port actually bound (the system's choice when 0 was asked for).
     quint16 port() const;
@@ -62,16 +84,29 @@ private slots:
     void onSslErrors(QList<QSslError> errors);
 
 private:
-    QWebSocket* socket_of(QObject* client) const;
+    struct Connection {
+        std::unique_ptr<ClientConnection> client;
+        QWebSocket* socket; // a Qt child of the server
+        // Past the output bound: nothing more is written, and the socket is aborted from the
+        // event loop (aborting inside a send would delete the client under its own emission).
+        bool dropping = false;
+    };
+
+    Connection* connection_of(QObject* client);
+    // After a write: drops the connection once its unsent output passes max_backlog.
+    void check_backlog(Connection& connection);
     void mark_unflushed(QWebSocket* socket);
     // Connected to the main event dispatcher's aboutToBlock.
     void flush_sockets();
+    void check_origin(QWebSocketCorsAuthenticator* authenticator) const;
 
-    QWebSocketServer* server = nullptr; // owned
-    MessageRouter* router;              // not owned
-    // Owns both objects of each pair; in order of acceptance.
-    std::vector<std::pair<ClientConnection*, QWebSocket*>> connections;
+    std::unique_ptr<QWebSocketServer> server;
+    MessageRouter* router; // not owned
+    // In order of acceptance.
+    std::vector<Connection> connections;
     QString connection_id; // empty: every client is admitted
+    QStringList allowed_origins;
+    qint64 max_backlog = kDefaultMaxBacklog;
     bool debug_json;
     int timeout_after_disconnect = 0;
     QTimer exit_timer; // single-shot; runs only while no client is connected

@@ -3,6 +3,7 @@
 
 #include "RoutingTestSupport.h"
 
+#include "json_rpc/RPCMethodWrapper.h"
 #include "monitors/DataMonitorRPCHandler.h"
 #include "monitors/MonitorRegistry.h"
 
@@ -35,6 +36,27 @@ TEST(MonitorRegistryTest, SelectionsByKindAndPair) {
     registry.remove_client(client);
     registry.remove_client(client);
     EXPECT_EQ(registry.selection_of(client), nullptr);
+}
+
+TEST(MonitorRegistryTest, KeysPerClientAreBounded) {
+    MonitorRegistry registry;
+    registry.add_client(client);
+    const int limit = static_cast<int>(MonitorRegistry::kMaxKeysPerClient);
+    for (int id = 0; id < limit; ++id)
+        ASSERT_TRUE(registry.add_monitor(client, {"entity", {1, id}}));
+    EXPECT_TRUE(registry.add_monitor(client, {"entity", {1, 0}})) << "a known key is no new one";
+    EXPECT_THROW(registry.add_monitor(client, {"model", {0, 0}}), json_rpc::RefusedCall);
+    EXPECT_EQ(registry.selection_of(client)->count("model"), 0u) << "no empty kind is left";
+    ASSERT_TRUE(registry.remove_monitor(client, {"entity", {1, 0}}));
+    EXPECT_TRUE(registry.add_monitor(client, {"model", {0, 0}})) << "room again after a removal";
+
+    // Through the handler the refusal is an error with its reason.
+    DataMonitorRPCHandler handler(&registry, client);
+    const RPCResponse refused =
+        handler.exec(request_with_id("datamonitor.add_entity_monitor", 1,
+                                     QJsonObject{{"entity_type", "volume"}, {"entity_id", -5}}));
+    EXPECT_EQ(refused.error_code(), static_cast<int>(json_rpc::ErrorCode::LimitExceeded));
+    EXPECT_FALSE(handler.has_pending_key());
 }
 
 class DataMonitorHandlerTest : public testing::Test {
@@ -161,10 +183,11 @@ TEST(MonitorRequestTest, AnAddMovesItsAnswerIntoAFollowUpTask) {
     FakeWorker worker;
 
     MonitorResult result = worker.process_monitor_request(
-        &registry, new Task(client, request_with_id("datamonitor.add_model_monitor", 9)));
+        &registry,
+        std::make_unique<Task>(client, request_with_id("datamonitor.add_model_monitor", 9)));
     EXPECT_TRUE(result.is_empty());
     ASSERT_NE(result.follow_up, nullptr);
-    std::unique_ptr<Task> follow_up(result.follow_up);
+    const std::unique_ptr<Task> follow_up = std::move(result.follow_up);
     EXPECT_EQ(follow_up->client, client);
     EXPECT_TRUE(follow_up->request.is_empty());
     EXPECT_EQ(follow_up->selection, (MonitorSelection{{"model", {{0, 0}}}}));
@@ -172,17 +195,17 @@ TEST(MonitorRequestTest, AnAddMovesItsAnswerIntoAFollowUpTask) {
     EXPECT_EQ(follow_up->response.result(), QJsonValue(true));
 
     result = worker.process_monitor_request(
-        &registry, new Task(client, request_with_id("datamonitor.remove_model_monitor", 10)));
+        &registry,
+        std::make_unique<Task>(client, request_with_id("datamonitor.remove_model_monitor", 10)));
     EXPECT_EQ(result.follow_up, nullptr);
     EXPECT_EQ(result.id().toInt(), 10);
     EXPECT_EQ(result.result(), QJsonValue(true));
 
     // Without an id the add still queues first data, with nothing to answer.
     result = worker.process_monitor_request(
-        &registry, new Task(client, RPCRequest("datamonitor.add_model_monitor")));
+        &registry, std::make_unique<Task>(client, RPCRequest("datamonitor.add_model_monitor")));
     ASSERT_NE(result.follow_up, nullptr);
     EXPECT_TRUE(result.follow_up->response.is_empty());
-    delete result.follow_up;
 }
 
 } // namespace

@@ -130,6 +130,57 @@ TEST_F(PubSubTest, RefusedParametersAndUnknownMethods) {
     EXPECT_EQ(error_code(call(a, "pubsub.", QJsonObject{})), not_found);
 }
 
+// Every store that a client can grow is bounded; past the bound the call is refused with
+// -32000 and a reason, and nothing is stored.
+TEST_F(PubSubTest, StoresAreBoundedWithAClearError) {
+    const int limit = static_cast<int>(json_rpc::ErrorCode::LimitExceeded);
+    const QString long_name(NotificationRegistry::kMaxNameLength + 1, QLatin1Char('n'));
+    const QString long_text(NotificationRegistry::kMaxDescriptionLength + 1, QLatin1Char('d'));
+    struct Case {
+        const char* what;
+        QString method;
+        QJsonObject params;
+    } cases[] = {
+        {"name too long", "pubsub.subscribe", {{"notification", long_name}}},
+        {"name too long",
+         "pubsub.register_notification",
+         {{"notification", long_name}, {"data_description", ""}}},
+        {"description too long",
+         "pubsub.register_notification",
+         {{"notification", "fine"}, {"data_description", long_text}}},
+    };
+    for (const Case& c : cases) {
+        const QJsonObject response = call(a, c.method, c.params);
+        EXPECT_EQ(error_code(response), limit) << c.what;
+        EXPECT_TRUE(response.value("error").toObject().value("data").isString()) << c.what;
+    }
+    const QJsonObject list = call(a, "pubsub.list", QJsonValue()).value("result").toObject();
+    EXPECT_FALSE(list.contains("fine"));
+
+    for (size_t i = 0; i < NotificationRegistry::kMaxSubscriptionsPerClient; ++i)
+        ASSERT_EQ(call(a, "pubsub.subscribe", QJsonObject{{"notification", QString::number(i)}})
+                      .value("result"),
+                  QJsonValue(true));
+    EXPECT_EQ(error_code(call(a, "pubsub.subscribe", QJsonObject{{"notification", "one more"}})),
+              limit);
+    EXPECT_EQ(call(a, "pubsub.subscribe", QJsonObject{{"notification", "0"}}).value("result"),
+              QJsonValue(true))
+        << "an existing subscription is no new entry";
+    EXPECT_EQ(call(b, "pubsub.subscribe", QJsonObject{{"notification", "x"}}).value("result"),
+              QJsonValue(true))
+        << "the bound is per client";
+
+    // Five names are registered by the router itself.
+    for (size_t i = 5; i < NotificationRegistry::kMaxRegisteredNames; ++i)
+        ASSERT_EQ(call(a, "pubsub.register_notification",
+                       QJsonObject{{"notification", QString::number(i)}, {"data_description", ""}})
+                      .value("result"),
+                  QJsonValue(true));
+    EXPECT_EQ(error_code(call(b, "pubsub.register_notification",
+                              QJsonObject{{"notification", "late"}, {"data_description", ""}})),
+              limit);
+}
+
 TEST_F(PubSubTest, NotificationWithoutIdIsRunButNotAnswered) {
     router.process_request(a.connection,
                            RPCRequest("pubsub.subscribe", QJsonObject{{"notification", "chat"}}));

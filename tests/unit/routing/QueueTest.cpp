@@ -37,15 +37,9 @@ protected:
         return count;
     }
 
-    std::deque<Task*> take_completed() {
+    std::deque<std::unique_ptr<Task>> take_completed() {
         std::lock_guard lock(queue.notification_mutex());
         return queue.take_completed();
-    }
-
-    static void delete_all(std::deque<Task*>& tasks) {
-        for (Task* task : tasks)
-            delete task;
-        tasks.clear();
     }
 
     FakeWorker worker;
@@ -56,8 +50,10 @@ protected:
 };
 
 TEST_F(QueueTest, TasksThatFinishBeforeTheMainThreadLooksPostOnce) {
-    auto first = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("one", 1)));
-    auto second = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("two", 2)));
+    auto first =
+        queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("one", 1)));
+    auto second =
+        queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("two", 2)));
     EXPECT_EQ(first.get(), 1);
     EXPECT_EQ(second.get(), 1);
     EXPECT_EQ(notifications_of(TarvoQueue::TaskCompleted), 1u);
@@ -66,14 +62,12 @@ TEST_F(QueueTest, TasksThatFinishBeforeTheMainThreadLooksPostOnce) {
     ASSERT_EQ(completed.size(), 2u);
     EXPECT_EQ(completed[0]->response.result().toString(), "one");
     EXPECT_EQ(completed[1]->response.result().toString(), "two");
-    delete_all(completed);
 
     // Taking the work cleared the bit: the next completion posts again, and a waiter on the
     // future finds that post already made.
-    queue.enqueue_kernel_task(new Task(nullptr, request_with_id("three", 3))).wait();
+    queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("three", 3))).wait();
     EXPECT_EQ(notifications_of(TarvoQueue::TaskCompleted), 2u);
     completed = take_completed();
-    delete_all(completed);
 
     std::lock_guard lock(notified_mutex);
     EXPECT_EQ(posted_with_lock_free, (std::vector<bool>{true, true}));
@@ -86,9 +80,11 @@ TEST_F(QueueTest, InterruptReachesOnlyATaskThatIsRunning) {
 
     Gate gate;
     worker.set_gate("long", &gate);
-    auto long_done = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("long", 1)));
+    auto long_done =
+        queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("long", 1)));
     gate.wait_entered();
-    auto next_done = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("next", 2)));
+    auto next_done =
+        queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("next", 2)));
     queue.request_interrupt();
     gate.open();
     long_done.wait();
@@ -97,18 +93,19 @@ TEST_F(QueueTest, InterruptReachesOnlyATaskThatIsRunning) {
     EXPECT_EQ(worker.interrupted_methods(), std::vector<QString>{"long"});
     EXPECT_EQ(worker.executed_methods(), (std::vector<QString>{"long", "next"}));
     auto completed = take_completed();
-    delete_all(completed);
 }
 
 TEST_F(QueueTest, GraphicsTasksOvertakeKernelTasksOfALaterPass) {
     Gate gate;
     worker.set_gate("k1", &gate);
-    auto k1 = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("k1", 1)));
+    auto k1 = queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("k1", 1)));
     gate.wait_entered();
     // Both arrive while k1's pass runs; the next pass starts with the graphics tasks.
-    auto k2 = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("k2", 2)));
-    auto g1 = queue.enqueue_graphics_task(new Task(nullptr, request_with_id("graphics.a", 3)));
-    auto g2 = queue.enqueue_graphics_task(new Task(nullptr, request_with_id("graphics.b", 4)));
+    auto k2 = queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("k2", 2)));
+    auto g1 = queue.enqueue_graphics_task(
+        std::make_unique<Task>(nullptr, request_with_id("graphics.a", 3)));
+    auto g2 = queue.enqueue_graphics_task(
+        std::make_unique<Task>(nullptr, request_with_id("graphics.b", 4)));
     gate.open();
     k1.wait();
     k2.wait();
@@ -131,17 +128,16 @@ TEST_F(QueueTest, GraphicsTasksOvertakeKernelTasksOfALaterPass) {
     EXPECT_EQ(completed[1]->response.error_code(),
               static_cast<int>(json_rpc::ErrorCode::MethodNotFound));
     EXPECT_EQ(completed[3]->response.result().toString(), "k2");
-    delete_all(completed);
     EXPECT_FALSE(queue.is_batching_renders());
 }
 
 TEST_F(QueueTest, ASingleGraphicsTaskRunsWithoutBatching) {
-    queue.enqueue_graphics_task(new Task(nullptr, request_with_id("graphics.a", 1))).wait();
+    queue.enqueue_graphics_task(std::make_unique<Task>(nullptr, request_with_id("graphics.a", 1)))
+        .wait();
     const auto begun = worker.begun_tasks();
     ASSERT_EQ(begun.size(), 1u);
     EXPECT_FALSE(begun[0].batching);
     auto completed = take_completed();
-    delete_all(completed);
 }
 
 TEST_F(QueueTest, ViewsOfARemovedClientMarkNothingUntilTheirTeardownRan) {
@@ -150,7 +146,7 @@ TEST_F(QueueTest, ViewsOfARemovedClientMarkNothingUntilTheirTeardownRan) {
 
     Gate gate;
     worker.set_gate("k1", &gate);
-    auto k1 = queue.enqueue_kernel_task(new Task(nullptr, request_with_id("k1", 1)));
+    auto k1 = queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("k1", 1)));
     gate.wait_entered();
     queue.remove_client(client); // its teardown task waits behind k1
     queue.mark_view_dirty(view, client);
@@ -159,7 +155,7 @@ TEST_F(QueueTest, ViewsOfARemovedClientMarkNothingUntilTheirTeardownRan) {
     gate.open();
     k1.wait();
     // The teardown is a graphics task of the next pass; a kernel task queued now runs after it.
-    queue.enqueue_kernel_task(new Task(nullptr, request_with_id("k2", 2))).wait();
+    queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("k2", 2))).wait();
     const auto begun = worker.begun_tasks();
     ASSERT_EQ(begun.size(), 3u);
     EXPECT_TRUE(begun[1].method.isEmpty());
@@ -174,18 +170,16 @@ TEST_F(QueueTest, ViewsOfARemovedClientMarkNothingUntilTheirTeardownRan) {
     auto completed = take_completed();
     ASSERT_EQ(completed.size(), 3u);
     EXPECT_TRUE(completed[1]->response.is_empty()) << "a teardown task answers nothing";
-    delete_all(completed);
 }
 
 TEST_F(QueueTest, StopEndsTheSessionOnTheWorkerThread) {
-    queue.enqueue_kernel_task(new Task(nullptr, request_with_id("k1", 1))).wait();
+    queue.enqueue_kernel_task(std::make_unique<Task>(nullptr, request_with_id("k1", 1))).wait();
     EXPECT_NE(TarvoMessage::instance()->message_handler(), nullptr);
     queue.stop();
     EXPECT_TRUE(worker.shut_down);
     // The worker thread detached the message handler as its last step.
     EXPECT_EQ(TarvoMessage::instance()->message_handler(), nullptr);
     auto completed = take_completed();
-    delete_all(completed);
 }
 
 } // namespace

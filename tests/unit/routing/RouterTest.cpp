@@ -159,7 +159,9 @@ TEST_F(RouterTest, NewMonitorDataArrivesBeforeTheAnswerAndReachesEveryoneWhoSele
     EXPECT_TRUE(data.value("updated").toBool());
 }
 
-TEST_F(RouterTest, TaskOfADisconnectedClientCompletesAndOnlyItsAnswerIsDropped) {
+// A departed client's running task is interrupted (it completes, and the others still get its
+// monitor data); its waiting tasks never start; other clients' tasks are untouched.
+TEST_F(RouterTest, DepartedClientsWorkIsInterruptedAndItsQueueDropped) {
     router->route(b.connection, request_with_id("datamonitor.add_model_monitor", 1)).wait();
     process_posted_events();
     b.take();
@@ -168,21 +170,41 @@ TEST_F(RouterTest, TaskOfADisconnectedClientCompletesAndOnlyItsAnswerIsDropped) 
     worker.set_gate("slow", &gate);
     auto slow = router->route(a.connection, request_with_id("slow", 2));
     gate.wait_entered();
+    router->route(a.connection, request_with_id("queued_a", 3));
+    auto others = router->route(b.connection, request_with_id("queued_b", 4));
+    router->remove_client(a.connection);
+    EXPECT_EQ(worker.interrupted_methods(), std::vector<QString>{"slow"});
+    gate.open();
+    slow.wait();
+    others.wait();
+    process_posted_events();
+
+    EXPECT_EQ(worker.executed_methods(), (std::vector<QString>{"slow", "queued_b"}));
+    EXPECT_TRUE(a.frames.empty());
+    const auto frames = b.take();
+    ASSERT_EQ(frames.size(), 3u) << "monitor data of both tasks, then b's answer";
+    EXPECT_EQ(frames[0].object().value("params").toObject().value("task").toString(), "slow");
+    EXPECT_EQ(response_of(frames[2]).value("result").toString(), "queued_b");
+
+    // Frames that still arrive on the removed connection are dropped by it.
+    a.connection->receive_text_message(R"({"jsonrpc":"2.0","method":"get_version","id":3})");
+    EXPECT_TRUE(a.frames.empty());
+}
+
+TEST_F(RouterTest, DepartureNeverInterruptsAnotherClientsTask) {
+    Gate gate;
+    worker.set_gate("slow", &gate);
+    auto slow = router->route(b.connection, request_with_id("slow", 1));
+    gate.wait_entered();
+    router->route(a.connection, request_with_id("queued_a", 2));
     router->remove_client(a.connection);
     gate.open();
     slow.wait();
     process_posted_events();
 
+    EXPECT_TRUE(worker.interrupted_methods().empty());
     EXPECT_EQ(worker.executed_methods(), std::vector<QString>{"slow"});
-    EXPECT_TRUE(a.frames.empty());
-    const auto frames = b.take();
-    ASSERT_EQ(frames.size(), 1u);
-    EXPECT_EQ(frame_methods(frames[0]), std::vector<QString>{"fake.model"});
-    EXPECT_EQ(frames[0].object().value("params").toObject().value("task").toString(), "slow");
-
-    // Frames that still arrive on the removed connection are dropped by it.
-    a.connection->receive_text_message(R"({"jsonrpc":"2.0","method":"get_version","id":3})");
-    EXPECT_TRUE(a.frames.empty());
+    EXPECT_EQ(b.take().size(), 1u);
 }
 
 TEST_F(RouterTest, NotificationsGoOutAsOneFramePerSubscriber) {

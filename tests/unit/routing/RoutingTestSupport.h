@@ -102,16 +102,16 @@ public:
             if (graphics_only &&
                 (kind == QLatin1String("model") || kind == QLatin1String("entity")))
                 continue;
-            task->monitors.push_back(new FakeMonitor(kind, method));
+            task->monitors.push_back(std::make_unique<FakeMonitor>(kind, method));
         }
         const bool first_data = !task->action && task->request.is_empty();
-        for (DataMonitor* monitor : task->monitors)
+        for (const auto& monitor : task->monitors)
             if (first_data)
                 monitor->set_full_refresh();
     }
 
     void end_task(Task* task) override {
-        for (DataMonitor* monitor : task->monitors)
+        for (const auto& monitor : task->monitors)
             monitor->update();
         std::lock_guard lock(mutex);
         running.clear();
@@ -144,8 +144,9 @@ public:
         return response;
     }
 
-    MonitorResult process_monitor_request(MonitorRegistry* registry, Task* task) override {
-        return handle_monitor_request(registry, task);
+    MonitorResult process_monitor_request(MonitorRegistry* registry,
+                                          std::unique_ptr<Task> task) override {
+        return handle_monitor_request(registry, std::move(task));
     }
 
     // Main thread.

@@ -50,7 +50,7 @@ protected:
     WorkerProgressHandler progress;
 };
 
-TEST_F(WorkerOutputTest, PartialLineIsHeldBackUntilALineCompletesIt) {
+TEST_F(WorkerOutputTest, PartialLineIsHeldBackUntilALineCompletesItOrAServingComes) {
     messages.print_message("Volume 1 ");
     EXPECT_EQ(output_notifications(), 0u);
     messages.print_message("created\n");
@@ -61,16 +61,13 @@ TEST_F(WorkerOutputTest, PartialLineIsHeldBackUntilALineCompletesIt) {
     EXPECT_EQ(served[0].method_name(), "print_message");
     EXPECT_EQ(served[0].params(), QJsonArray{QStringLiteral("Volume 1 created\n")});
     EXPECT_TRUE(serve().empty());
-}
 
-TEST_F(WorkerOutputTest, PartialLineGoesOutAsItIsWhenSomethingElseTriggersAServing) {
+    // When something else triggers a serving, the partial line goes out as it is.
     messages.print_message("no line feed");
-    EXPECT_EQ(output_notifications(), 0u);
-    progress.percent(40);
     EXPECT_EQ(output_notifications(), 1u);
-    const auto served = serve();
-    ASSERT_EQ(served.size(), 1u);
-    EXPECT_EQ(served[0].params(), QJsonArray{QStringLiteral("no line feed")});
+    progress.percent(40);
+    EXPECT_EQ(output_notifications(), 2u);
+    EXPECT_EQ(serve().at(0).params(), QJsonArray{QStringLiteral("no line feed")});
 }
 
 TEST_F(WorkerOutputTest, MessagesAndErrorsKeepTheirOrderAndOneBurstPostsOnce) {
@@ -87,13 +84,6 @@ TEST_F(WorkerOutputTest, MessagesAndErrorsKeepTheirOrderAndOneBurstPostsOnce) {
     // Serving cleared the bit: the next line posts again.
     messages.print_error("four\n");
     EXPECT_EQ(output_notifications(), 2u);
-}
-
-TEST_F(WorkerOutputTest, ProgressThatStartsAndEndsBetweenServingsIsNeverSeen) {
-    progress.start("Meshing", "volume 1", true);
-    progress.percent(50);
-    progress.end();
-    EXPECT_TRUE(serve().empty());
 }
 
 TEST_F(WorkerOutputTest, ProgressSeenRunningIsToldItsEnd) {
@@ -138,18 +128,24 @@ TEST_F(WorkerOutputTest, SecondStartSendsANewStartedInsteadOfAnEnd) {
     EXPECT_EQ(served[1].params(), QJsonArray{5.0});
 }
 
-TEST_F(WorkerOutputTest, EndAndAWholeSecondProgressBetweenServingsCountsAsEnded) {
+TEST_F(WorkerOutputTest, ProgressNobodySawRunningSendsNothing) {
+    progress.start("Meshing", "volume 1", true);
+    progress.percent(50);
+    progress.end();
+    EXPECT_TRUE(serve().empty());
+
+    // An end and a whole second progress between servings count as ended.
     progress.start("First", "", false);
     serve();
     progress.end();
     progress.start("Second", "", false);
     progress.end();
     EXPECT_TRUE(serve().empty());
-}
 
-TEST_F(WorkerOutputTest, PercentOutsideAProgressWakesTheMainThreadButSendsNothing) {
+    // A percentage outside a progress wakes the main thread, for nothing.
+    const size_t before = output_notifications();
     progress.percent(70);
-    EXPECT_EQ(output_notifications(), 1u);
+    EXPECT_EQ(output_notifications(), before + 1);
     EXPECT_TRUE(serve().empty());
 }
 

@@ -154,6 +154,23 @@ TEST_F(ClientConnectionTest, MalformedElementsLeadTheBatchAnswer) {
     EXPECT_EQ(answer[2]["id"], QJsonValue(4));
 }
 
+// Batches that never complete can't pile up: past the bound a batch is refused whole, at once,
+// and the ones already waiting still complete.
+TEST_F(ClientConnectionTest, PendingBatchesAreBounded) {
+    for (std::size_t i = 0; i < ClientConnection::kMaxPendingBatches; ++i)
+        client.receive_text_message(
+            QStringLiteral(R"([{"jsonrpc":"2.0","method":"a","id":%1}])").arg(i));
+    client.receive_text_message(R"([{"jsonrpc":"2.0","method":"a","id":"late"}])");
+    EXPECT_EQ(router.batches.size(), ClientConnection::kMaxPendingBatches);
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(parse_frame(frames[0])["error"]["code"].toInt(), -32000);
+    EXPECT_TRUE(parse_frame(frames[0])["id"].isNull());
+
+    for (std::size_t i = 0; i < ClientConnection::kMaxPendingBatches; ++i)
+        client.send_response(RPCResponse(router.batches[i].batch.requests()[0], 1));
+    EXPECT_EQ(frames.size(), 1u + ClientConnection::kMaxPendingBatches);
+}
+
 TEST_F(ClientConnectionTest, SingleResponseIsLostWhileABatchIsPending) {
     client.receive_text_message(R"([{"jsonrpc":"2.0","method":"a","id":1}])");
     client.send_response(make_response(99, "interrupt answer"));

@@ -13,6 +13,8 @@ struct Parsed {
     QString connection_id;
     bool debug_json = false;
     int timeout = -1;
+    QStringList origins;
+    qint64 backlog = -1;
     std::vector<std::string> kernel;
 };
 
@@ -27,6 +29,8 @@ Parsed parse(QStringList arguments) {
         parsed.connection_id = parser.connection_id();
         parsed.debug_json = parser.debug_json();
         parsed.timeout = parser.timeout_after_disconnect();
+        parsed.origins = parser.allowed_origins();
+        parsed.backlog = parser.max_client_backlog();
         parsed.kernel = parser.kernel_arguments();
     }
     return parsed;
@@ -42,18 +46,23 @@ TEST(ServerCommandLineParser, NothingGivenMeansRandomPortPlainNoTimeout) {
     EXPECT_TRUE(p.connection_id.isEmpty());
     EXPECT_FALSE(p.debug_json);
     EXPECT_EQ(p.timeout, 0);
+    EXPECT_TRUE(p.origins.isEmpty());
+    EXPECT_EQ(p.backlog, 0) << "0: the server's default";
     EXPECT_EQ(p.kernel, Strings{"tarvo_server"});
 }
 
 TEST(ServerCommandLineParser, SingleAndDoubleDashSpellTheSameLongOption) {
     const Parsed p = parse({"-port", "8000", "--connection-id=xyz", "-debug-json", "-tls",
-                            "--timeout-after-disconnect", "7"});
+                            "--timeout-after-disconnect", "7", "-allow-origin", "http://a:1",
+                            "--allow-origin=http://b:2", "--max-client-backlog", "3"});
     ASSERT_TRUE(p.ok);
     EXPECT_EQ(p.port, 8000);
     EXPECT_EQ(p.connection_id, "xyz");
     EXPECT_TRUE(p.debug_json);
     EXPECT_TRUE(p.tls);
     EXPECT_EQ(p.timeout, 7);
+    EXPECT_EQ(p.origins, (QStringList{"http://a:1", "http://b:2"}));
+    EXPECT_EQ(p.backlog, 3 * 1024 * 1024);
     EXPECT_EQ(p.kernel, Strings{"tarvo_server"});
 }
 
