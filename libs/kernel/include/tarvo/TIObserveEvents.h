@@ -11,15 +11,18 @@
 //
 //   name    the operation is TIObserve::notify_<name>; clients see the event under this name
 //   code    the number by which clients select the event and the server files its record
-//   flags   sections of the server's model tree that the event makes stale, set in this order:
-//           geometry, exodus, fea_bcs, cfd_bcs, materials, boundary_layers, groups; () for none
+//   flags   sections of the server's model tree that the event makes stale, set in the order
+//           given; any of geometry, exodus, fea_bcs, cfd_bcs, materials, boundary_layers, groups;
+//           () for none
 //   mark    the entity whose monitor learns that it changed, as a (type, id) pair of expressions
 //           over the fields, e.g. ("volume", id) or (type, new_id); () for none
 //   fields  the operation's parameters in order, each (kind, parameter, "key in the record")
 //
 // UNSENT rows are operations the kernel reports to its own observers only: no code, no record.
 // The rows' order is the order of TIObserve's virtual functions, which is part of the interface:
-// append new events at the end, never in between.
+// a new event is a new row at the end, with the next free code. The server's golden recording of
+// every event (tests/unit/monitors/EventWireGoldenTest.cpp) lists the calls it makes; give it
+// the new one too, so that its wire form is pinned down.
 //
 // Field kinds:
 //   Int    int
