@@ -13,6 +13,7 @@
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/CapturedOutput.h"
+#include "../support/EventRecorder.h"
 #include "../support/ScratchSession.h"
 
 #include <gtest/gtest.h>
@@ -28,32 +29,8 @@ namespace session_test {
 
 using CapturingHandler = test_support::CapturedOutput;
 
-// Records event names in order.
-class RecordingObserver : public TarvoInterface::TIObserve {
-public:
-    std::vector<std::string> events;
-    void notify_command_start() override { events.push_back("command_start"); }
-    void notify_command_complete() override { events.push_back("command_complete"); }
-    void notify_valfold_modified() override { events.push_back("valfold_modified"); }
-    void notify_undo_state_changed() override { events.push_back("undo_state_changed"); }
-    void notify_undo_complete() override { events.push_back("undo_complete"); }
-    void notify_model_reset() override { events.push_back("model_reset"); }
-    void notify_volume_created(int id) override {
-        events.push_back("volume_created " + std::to_string(id));
-    }
-    void notify_volume_deleted(int id) override {
-        events.push_back("volume_deleted " + std::to_string(id));
-    }
-    void notify_working_directory_changed() override {
-        events.push_back("working_directory_changed");
-    }
-    void notify_developer_command_toggled(bool on) override {
-        events.push_back(std::string("developer_command_toggled ") + (on ? "1" : "0"));
-    }
-    size_t count(const std::string& name) const {
-        return static_cast<size_t>(std::count(events.begin(), events.end(), name));
-    }
-};
+// Every event, as text in arrival order ("volume_created 1").
+using RecordingObserver = test_support::EventRecorder;
 
 // A tiny model: volumes, each bounded by surfaces, with names; snapshots copy it whole.
 class FakeModel : public tarvo::kernel::EntityCatalog, public tarvo::kernel::UndoParticipant {

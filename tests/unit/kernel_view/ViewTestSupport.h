@@ -7,6 +7,7 @@
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/CapturedOutput.h"
+#include "../support/EventRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -20,30 +21,10 @@ namespace view_test {
 
 using CapturingHandler = test_support::CapturedOutput;
 
-// "highlighted volume 1, surface 3", "graphics_mode_modified", "volume_deleted 2", ...
-class ViewObserver : public TarvoInterface::TIObserve {
+// Every event as text ("highlighted volume 1, surface 3", "graphics_mode_modified",
+// "volume_deleted 2", ...), with the view events picked out.
+class ViewObserver : public test_support::EventRecorder {
 public:
-    std::vector<std::string> events;
-
-    void notify_highlighted(const std::vector<std::pair<std::string, int>>& e) override {
-        events.push_back("highlighted " + pairs(e));
-    }
-    void notify_unhighlighted(const std::vector<std::pair<std::string, int>>& e) override {
-        events.push_back("unhighlighted " + pairs(e));
-    }
-    void notify_graphics_mode_modified() override { events.push_back("graphics_mode_modified"); }
-    void notify_graphics_pick_type_modified() override {
-        events.push_back("graphics_pick_type_modified");
-    }
-    void notify_volume_deleted(int id) override {
-        events.push_back("volume_deleted " + std::to_string(id));
-    }
-    void notify_id_changed(const std::string& type, int old_id, int new_id) override {
-        events.push_back("id_changed " + type + " " + std::to_string(old_id) + " " +
-                         std::to_string(new_id));
-    }
-    void notify_model_reset() override { events.push_back("model_reset"); }
-
     // The view events alone (what a refused command must not produce).
     std::vector<std::string> view_events() const {
         std::vector<std::string> out;
@@ -54,15 +35,6 @@ public:
             }
         }
         return out;
-    }
-
-private:
-    static std::string pairs(const std::vector<std::pair<std::string, int>>& e) {
-        std::string text;
-        for (const auto& [type, id] : e) {
-            text += (text.empty() ? "" : ", ") + type + " " + std::to_string(id);
-        }
-        return text;
     }
 };
 
