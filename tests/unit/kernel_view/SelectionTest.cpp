@@ -10,6 +10,12 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
+::testing::AssertionResult has(const Strings& events, const std::string& event) {
+    if (std::find(events.begin(), events.end(), event) != events.end())
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << event << " not in " << ::testing::PrintToString(events);
+}
+
 class SelectionTest : public ViewTest {
 protected:
     void SetUp() override {
@@ -154,18 +160,14 @@ TEST_F(SelectionTest, DeletedEntitiesLeaveTheSelectionWithAnEvent) {
     fresh();
     ASSERT_TRUE(TarvoInterface::cmd("delete volume 1"));
     EXPECT_EQ(selection(), (Strings{"volume 2", face}));
-    const auto events = observer.events;
-    const auto unhighlighted = std::find(events.begin(), events.end(), "unhighlighted volume 1");
-    ASSERT_NE(unhighlighted, events.end()) << ::testing::PrintToString(events);
-    EXPECT_NE(std::find(events.begin(), events.end(), "volume_deleted 1"), events.end());
+    EXPECT_TRUE(has(observer.events, "unhighlighted volume 1"));
+    EXPECT_TRUE(has(observer.events, "volume_deleted 1"));
 
     // Deleting volume 3 takes its surface out of the selection too.
     fresh();
     ASSERT_TRUE(TarvoInterface::cmd("delete volume 3"));
     EXPECT_EQ(selection(), (Strings{"volume 2"}));
-    const auto gone = observer.view_events();
-    EXPECT_NE(std::find(gone.begin(), gone.end(), "unhighlighted " + face), gone.end())
-        << ::testing::PrintToString(gone);
+    EXPECT_TRUE(has(observer.view_events(), "unhighlighted " + face));
 }
 
 TEST_F(SelectionTest, RenumberedEntitiesStaySelectedUnderTheirNewIds) {
@@ -175,13 +177,9 @@ TEST_F(SelectionTest, RenumberedEntitiesStaySelectedUnderTheirNewIds) {
     ASSERT_TRUE(TarvoInterface::cmd("compress ids"));
     EXPECT_EQ(TarvoInterface::get_entities("volume"), (std::vector<int>{1, 2}));
     // Volume 3 became volume 2 (the geometry says so in its id_changed event).
-    const auto& events = observer.events;
-    ASSERT_NE(std::find(events.begin(), events.end(), "id_changed volume 3 2"), events.end())
-        << ::testing::PrintToString(events);
+    ASSERT_TRUE(has(observer.events, "id_changed volume 3 2"));
     EXPECT_EQ(selection(), (Strings{"volume 2"}));
-    const auto view_events = observer.view_events();
-    EXPECT_NE(std::find(view_events.begin(), view_events.end(), "highlighted volume 2"),
-              view_events.end());
+    EXPECT_TRUE(has(observer.view_events(), "highlighted volume 2"));
 }
 
 TEST_F(SelectionTest, ResetEmptiesTheSelectionButKeepsTheSettings) {
@@ -192,8 +190,7 @@ TEST_F(SelectionTest, ResetEmptiesTheSelectionButKeepsTheSettings) {
     fresh();
     run("reset");
     EXPECT_EQ(TarvoInterface::current_selection_count(), 0);
-    EXPECT_NE(std::find(observer.events.begin(), observer.events.end(), "unhighlighted volume 1"),
-              observer.events.end());
+    EXPECT_TRUE(has(observer.events, "unhighlighted volume 1"));
     EXPECT_EQ(TarvoInterface::get_rendering_mode(), 1);
     EXPECT_EQ(TarvoInterface::get_pick_type(), "curve");
     EXPECT_EQ(TarvoInterface::get_label_type("surface"), 1);

