@@ -77,10 +77,11 @@ TEST_F(GeometryFilesTest, ImprintAndMergeOfTheAssemblyReduceSurfaces) {
 TEST_F(GeometryFilesTest, LooseFacesHealIntoSolids) {
     run("import iges '" + cad_file("cube1000.igs") + "'");
     EXPECT_EQ(get_volume_count(), 0);
-    EXPECT_EQ(get_surface_count(), 6);
+    const auto loose = get_entities("surface");
+    ASSERT_EQ(loose.size(), 6u);
     run("heal all");
     EXPECT_EQ(get_volume_count(), 1);
-    EXPECT_EQ(get_surface_count(), 6);
+    EXPECT_EQ(get_entities("surface"), loose); // sewn faces keep their ids
     EXPECT_GT(get_volume_area(get_entities("volume").front()), 0);
 
     // cube_filet.stp holds only the blends of a filleted cube (no flat faces): healing sews
@@ -156,17 +157,89 @@ TEST_F(GeometryFilesTest, ExportRoundTripsThroughEachFormat) {
     EXPECT_EQ(get_volume_count(), 4);
 }
 
-TEST_F(GeometryFilesTest, ColoursComeFromTheFile) {
+// Colours as the file gives them (sRGB), within the precision the file writes.
+void expect_color(const std::array<double, 4>& c, double r, double g, double b) {
+    EXPECT_NEAR(c[0], r, 1e-4);
+    EXPECT_NEAR(c[1], g, 1e-4);
+    EXPECT_NEAR(c[2], b, 1e-4);
+}
+
+TEST_F(GeometryFilesTest, ColoursOfPartsAndFacesComeFromTheFile) {
+    // red_cube_blue_cylinder.step styles only faces: each surface and, as all its faces agree,
+    // each volume shows the file's colour.
     run("import step '" + cad_file("red_cube_blue_cylinder.step") + "'");
     ASSERT_EQ(get_volume_count(), 2);
-    int red = 0, blue = 0;
     for (int v : get_entities("volume")) {
-        auto c = get_entity_color("volume", v);
-        red += c[0] > 0.9 && c[2] < 0.1;
-        blue += c[2] > 0.9 && c[0] < 0.1;
+        const bool cube = get_entity_name("volume", v, true) == "red_cube";
+        const std::array<double, 3> rgb =
+            cube ? std::array<double, 3>{0.8666667, 0.3215686, 0.1568628}
+                 : std::array<double, 3>{0.2313726, 0.3803922, 0.7058824};
+        expect_color(get_entity_color("volume", v), rgb[0], rgb[1], rgb[2]);
+        const auto surfaces = get_relatives("volume", v, "surface");
+        EXPECT_EQ(surfaces.size(), cube ? 6u : 3u);
+        for (int s : surfaces)
+            expect_color(get_entity_color("surface", s), rgb[0], rgb[1], rgb[2]);
     }
-    EXPECT_EQ(red, 1);
-    EXPECT_EQ(blue, 1);
+    // as1-tu-203.stp gives one part COLOUR_RGB(1.0, 0.56862745098, 0.0).
+    run("import step '" + cad_file("as1-tu-203.stp") + "'");
+    int orange = 0;
+    for (int v : get_entities("volume")) {
+        const auto c = get_entity_color("volume", v);
+        orange += std::abs(c[0] - 1) < 1e-4 && std::abs(c[1] - 0.5686275) < 1e-4 && c[2] < 1e-4;
+    }
+    EXPECT_GT(orange, 0);
+}
+
+TEST_F(GeometryFilesTest, StepAndIgesExportKeepNamesColoursAndTheTree) {
+    run("import step '" + cad_file("as1-tu-203.stp") + "'");
+    run("color volume with name 'plate' rgb 0.2 0.4 0.6");
+    auto snapshot = [] {
+        std::multiset<std::string> out;
+        for (int v : get_entities("volume")) {
+            const auto c = get_entity_color("volume", v);
+            char rgb[64];
+            std::snprintf(rgb, sizeof rgb, " %.3f %.3f %.3f", c[0], c[1], c[2]);
+            out.insert(get_entity_name("volume", v, true) + rgb);
+        }
+        for (const AssemblyItem& item : get_assembly_items())
+            out.insert(item.type + " " + item.path + " " + std::to_string(item.level));
+        return out;
+    };
+    const auto before = snapshot();
+    run("export step 'as1.step'");
+    run("reset");
+    run("import step 'as1.step'");
+    EXPECT_EQ(snapshot(), before);
+
+    // IGES has no assemblies: names and colours only.
+    run("reset");
+    run("create box 10");
+    run("create cylinder radius 2 height 5 at 20 0 0");
+    run("volume 1 name 'plate'");
+    run("volume 2 name 'pin'");
+    run("color volume 1 rgb 1 0.5686 0");
+    run("export iges 'parts.igs'");
+    run("reset");
+    run("import iges 'parts.igs'");
+    ASSERT_EQ(get_volume_count(), 2);
+    EXPECT_EQ(get_entity_name("volume", 1, true), "plate");
+    EXPECT_EQ(get_entity_name("volume", 2, true), "pin");
+    expect_color(get_entity_color("volume", 1), 1, 0.5686, 0);
+}
+
+TEST_F(GeometryFilesTest, BrepKeepsTheFacesThatMergedVolumesShare) {
+    run("create box 10");
+    run("create box 10 at 10 0 0");
+    run("merge all");
+    ASSERT_EQ(get_surface_count(), 11);
+    run("export brep 'merged.brep'");
+    run("reset");
+    run("import brep 'merged.brep'");
+    EXPECT_EQ(get_volume_count(), 2);
+    EXPECT_EQ(get_surface_count(), 11);
+    EXPECT_EQ(get_curve_count(), 20);
+    EXPECT_EQ(get_vertex_count(), 12);
+    EXPECT_EQ(get_adjacent_volumes("volume", 1), std::vector<int>{2});
 }
 
 // Sets the interrupt from another thread when the kernel reports progress past `trigger`, and

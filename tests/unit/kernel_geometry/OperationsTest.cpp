@@ -177,4 +177,102 @@ TEST_F(GeometryOperationsTest, ImprintThenMergeOfOffsetBoxes) {
     EXPECT_NEAR(get_volume_area(1) + get_volume_area(2), 1000 + 64, 1e-6);
 }
 
+TEST_F(GeometryOperationsTest, UniteLeavesNoSeamsAndKeepsIdsByHistory) {
+    struct Case {
+        std::vector<std::string> setup;
+        double volume;
+    };
+    const Case cases[] = {
+        {{"create box 10", "create box 10 at 5 0 0"}, 1500},
+        {{"create box 10", "webcut volume 1 plane x offset 2"}, 1000},
+        {{"create box 10", "create box 10 at 10 0 0", "create box 10 at 10 10 0"}, 3000},
+    };
+    for (const Case& c : cases) {
+        run("reset");
+        for (const std::string& line : c.setup)
+            run(line);
+        const auto surfaces = get_entities("surface");
+        const auto curves = get_entities("curve");
+        run("unite volume all");
+        SCOPED_TRACE(c.setup.back());
+        EXPECT_EQ(get_entities("volume"), std::vector<int>{1});
+        EXPECT_NEAR(get_volume_area(1), c.volume, 1e-6);
+        // A block of boxes: the L of three boxes has 8 faces, the others 6.
+        const int faces = c.volume == 3000 ? 8 : 6;
+        EXPECT_EQ(get_surface_count(), faces);
+        EXPECT_EQ(get_curve_count(), 3 * faces - 6);
+        EXPECT_EQ(get_vertex_count(), 2 * faces - 4);
+        // Unified faces and curves keep an id they had: nothing is numbered anew.
+        for (int s : get_entities("surface"))
+            EXPECT_TRUE(std::count(surfaces.begin(), surfaces.end(), s)) << "surface " << s;
+        for (int e : get_entities("curve"))
+            EXPECT_TRUE(std::count(curves.begin(), curves.end(), e)) << "curve " << e;
+    }
+}
+
+TEST_F(GeometryOperationsTest, HealingAHealthyBodyChangesNothing) {
+    run("create box 10");
+    run("create cylinder radius 2 height 5 at 20 0 0");
+    run("webcut volume 1 plane x");
+    const std::string before = fingerprint();
+    recorder.events.clear();
+    run("heal volume all");
+    EXPECT_EQ(fingerprint(), before);
+    EXPECT_EQ(recorder.events,
+              (std::vector<std::string>{"command_start", "healer_complete", "command_complete"}));
+}
+
+TEST_F(GeometryOperationsTest, SubtractOfAToolThatMissesWarns) {
+    run("create box 10");
+    run("create box 2 at 20 0 0");
+    run("create box 2 at 5 5 5"); // touches a corner region of volume 1
+    output->take();
+    run("subtract volume 2 3 from volume 1");
+    const auto warnings = output->starting("WARNING: ");
+    ASSERT_EQ(warnings.size(), 1u) << output->all();
+    EXPECT_NE(warnings[0].find("volume 2 did not touch volume 1"), std::string::npos)
+        << warnings[0];
+    EXPECT_NEAR(get_volume_area(1), 1000 - 1, 1e-6);
+    EXPECT_EQ(get_entities("volume"), std::vector<int>{1});
+}
+
+TEST_F(GeometryOperationsTest, OverlappingBodiesAreRefusedByImprintAndMerge) {
+    run("create box 10");
+    run("create box 10 at 5 0 0");
+    run("create box 10 at 40 0 0");
+    const std::string before = fingerprint();
+    for (const char* line : {"imprint all", "merge all"}) {
+        output->take();
+        EXPECT_FALSE(cmd(line)) << line;
+        const auto errors = output->starting("ERROR: ");
+        ASSERT_EQ(errors.size(), 1u) << output->all();
+        EXPECT_NE(errors[0].find("volumes 1 and 2 overlap"), std::string::npos) << errors[0];
+        EXPECT_EQ(fingerprint(), before);
+    }
+}
+
+TEST_F(GeometryOperationsTest, WebcutKeepsAMergeItDoesNotCut) {
+    run("create box 10");
+    run("create box 10 at 10 0 0");
+    run("merge all");
+    int shared = 0;
+    for (int s : get_entities("surface"))
+        if (is_merged("surface", s))
+            shared = s;
+    ASSERT_NE(shared, 0);
+    // The plane misses the shared face: the merge stays.
+    output->take();
+    run("webcut volume 1 plane x offset -2");
+    EXPECT_TRUE(output->starting("WARNING: ").empty()) << output->all();
+    EXPECT_TRUE(is_merged("surface", shared));
+    EXPECT_EQ(get_relatives("surface", shared, "volume"), (std::vector<int>{1, 2}));
+    EXPECT_EQ(get_relatives("volume", 2, "surface").size(), 6u);
+    // A plane through the shared face splits it on the cut side only: the faces part.
+    output->take();
+    run("webcut volume 1 plane z");
+    EXPECT_EQ(output->starting("WARNING: ").size(), 1u) << output->all();
+    EXPECT_FALSE(is_merged("surface", shared));
+    EXPECT_EQ(get_relatives("surface", shared, "volume"), std::vector<int>{2});
+}
+
 } // namespace

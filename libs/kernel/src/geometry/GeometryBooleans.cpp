@@ -10,7 +10,10 @@
 #include <BRepAlgoAPI_Cut.hxx>
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBuilderAPI_Copy.hxx>
+#include <ShapeUpgrade_UnifySameDomain.hxx>
+#include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
+#include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopTools_ListOfShape.hxx>
 
@@ -83,8 +86,14 @@ bool GeometryModule::subtract(const std::vector<EntityKey>& tools,
         Transaction tx(model_);
         Progress progress("Subtract", "", true);
         TopTools_ListOfShape tool_list;
-        for (const TopoDS_Shape& s : solids_of_bodies(model_, tool_bodies))
-            tool_list.Append(s);
+        std::vector<IdShape> tool_volumes;
+        for (int t : tool_bodies)
+            for (const IdShape& v : model_.body(t)->volumes) {
+                tool_list.Append(v.shape);
+                tool_volumes.push_back(v);
+            }
+        // A tool touched the objects when part of its boundary became part of theirs.
+        std::vector<bool> touched(tool_volumes.size(), false);
         std::vector<std::shared_ptr<Body>> results;
         long done = 0;
         for (int bid : object_bodies) {
@@ -103,6 +112,14 @@ bool GeometryModule::subtract(const std::vector<EntityKey>& tools,
             cut.Build(pi->Start());
             if (!check_done(cut, "subtract"))
                 return false;
+            TopTools_IndexedMapOfShape result_faces;
+            TopExp::MapShapes(cut.Shape(), TopAbs_FACE, result_faces);
+            for (std::size_t t = 0; t < tool_volumes.size(); ++t)
+                for (TopExp_Explorer ex(tool_volumes[t].shape, TopAbs_FACE);
+                     ex.More() && !touched[t]; ex.Next())
+                    for (const TopoDS_Shape& image : images_after(cut, ex.Current()))
+                        if (result_faces.Contains(image))
+                            touched[t] = true;
             GeometryModel::IdHints hints;
             auto result = rebuilt(model_, cut, *body, {bid}, hints);
             if (!result || result->volumes.empty())
@@ -121,6 +138,10 @@ bool GeometryModule::subtract(const std::vector<EntityKey>& tools,
         for (auto& r : results)
             for (int v : volume_ids(*r))
                 vols.push_back(v);
+        for (std::size_t t = 0; t < tool_volumes.size(); ++t)
+            if (!touched[t])
+                warning("volume " + std::to_string(tool_volumes[t].id) + " did not touch " +
+                        describe("volume", vols) + (keep ? "" : "; it was deleted all the same"));
         print("Subtracted: " + describe("volume", vols) + " remain" +
               (vols.size() == 1 ? "s" : ""));
         return true;
@@ -149,14 +170,21 @@ bool GeometryModule::unite(const std::vector<EntityKey>& list) {
         fuse.Build(pi->Start());
         if (!check_done(fuse, "unite"))
             return false;
+        // The fuse leaves the seams of the operands: coplanar faces and collinear edges that
+        // now meet are one surface and one curve to the user, so they are unified.
+        ShapeUpgrade_UnifySameDomain unify(fuse.Shape(), true, true, false);
+        unify.Build();
+        if (interrupted())
+            return error("Interrupted");
+        const BRepTools_History& unified = *unify.History();
         // The result is the first body; bodies are in ascending order, so the lowest ids
-        // (volume and body) survive.
+        // (volume and body) survive, and a unified face keeps the id of its first part.
         GeometryModel::IdHints hints;
         for (int bid : bodies)
             add_hints(model_, *model_.body(bid), bodies, hints,
-                      [&](const TopoDS_Shape& s) { return images_after(fuse, s); });
-        hint_unmatched_volumes(hints, fuse.Shape(), model_, bodies);
-        auto result = model_.make_body(bodies.front(), fuse.Shape(), &hints);
+                      [&](const TopoDS_Shape& s) { return images_after_both(fuse, unified, s); });
+        hint_unmatched_volumes(hints, unify.Shape(), model_, bodies);
+        auto result = model_.make_body(bodies.front(), unify.Shape(), &hints);
         for (int bid : bodies)
             model_.remove_body(bid);
         model_.put_body(result);
@@ -252,6 +280,20 @@ bool general_fuse(GeometryModel& model, const std::vector<int>& bodies, bool sha
     gf.Build(pi->Start());
     if (!check_done(gf, title))
         return false;
+    // Bodies that overlap would share the solid of their common region: each would hold a copy
+    // of it (imprint) or one would vanish into the other (merge). Both are refused; subtract or
+    // unite decides where the common material belongs.
+    TopTools_DataMapOfShapeInteger owner;
+    for (int bid : bodies)
+        for (const IdShape& v : model.body(bid)->volumes)
+            for (const TopoDS_Shape& image : images_after(gf, v.shape)) {
+                if (const int* other = owner.Seek(image); other && *other != v.id)
+                    return error("volumes " + std::to_string(*other) + " and " +
+                                 std::to_string(v.id) + " overlap; " +
+                                 (share ? "merge" : "imprint") +
+                                 " needs bodies that only touch (subtract or unite them first)");
+                owner.Bind(image, v.id);
+            }
     GeometryModel::IdHints hints;
     TopTools_IndexedMapOfShape seen_faces;
     std::vector<std::shared_ptr<Body>> results;
@@ -294,6 +336,20 @@ bool general_fuse(GeometryModel& model, const std::vector<int>& bodies, bool sha
         results.push_back(result);
         progress.percent(80 + 20.0 * (++done) / bodies.size());
     }
+    // A volume that the fuse lost must not go silently.
+    std::vector<int> lost;
+    for (int bid : bodies)
+        for (int v : volume_ids(*model.body(bid))) {
+            bool kept = false;
+            for (auto& r : results)
+                for (const IdShape& nv : r->volumes)
+                    kept = kept || nv.id == v;
+            if (!kept)
+                lost.push_back(v);
+        }
+    if (!lost.empty())
+        return error(std::string(title) + " would lose " + describe("volume", lost) +
+                     "; the bodies may overlap");
     for (auto& r : results) {
         BodyPtr old = model.body(r->id);
         auto count = [](const Body& b) {

@@ -9,6 +9,7 @@
 #include <BRepBuilderAPI_Sewing.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
+#include <ShapeBuild_ReShape.hxx>
 #include <ShapeFix_Shape.hxx>
 #include <ShapeFix_Solid.hxx>
 #include <TopExp_Explorer.hxx>
@@ -79,10 +80,25 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
             sheets.push_back(bid);
             continue;
         }
+        // A valid body has nothing to heal: it stays as it is, with every id. (ShapeFix would
+        // still rebuild parts of a valid solid, and they would be numbered anew.)
+        if (shape_is_valid(body->shape)) {
+            if (progress)
+                progress->step(++done, total);
+            continue;
+        }
         // Healing works on a copy: published shapes are shared with snapshots.
-        ShapeFix_Shape fix(BRepBuilderAPI_Copy(body->shape).Shape());
+        BRepBuilderAPI_Copy copier(body->shape);
+        ShapeFix_Shape fix(copier.Shape());
         fix.Perform();
-        model.put_body(model.make_body(bid, fix.Shape(), nullptr));
+        if (fix.Status(ShapeExtend_DONE)) {
+            HistoryView fixed{*fix.Context()->History()};
+            GeometryModel::IdHints hints;
+            add_hints(model, *body, {bid}, hints, [&](const TopoDS_Shape& s) {
+                return images_after(fixed, copier.ModifiedShape(s));
+            });
+            model.put_body(model.make_body(bid, fix.Shape(), &hints));
+        }
         if (progress)
             progress->step(++done, total);
     }
@@ -92,8 +108,10 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
     // into solids. The results take the sheet bodies' ids in order; new bodies for the rest.
     Bnd_Box box;
     std::vector<TopoDS_Shape> faces;
+    std::vector<std::unique_ptr<BRepBuilderAPI_Copy>> copies;
     for (int bid : sheets) {
-        TopoDS_Shape copy = BRepBuilderAPI_Copy(model.body(bid)->shape).Shape();
+        copies.push_back(std::make_unique<BRepBuilderAPI_Copy>(model.body(bid)->shape));
+        const TopoDS_Shape& copy = copies.back()->Shape();
         BRepBndLib::Add(copy, box);
         for (TopExp_Explorer ex(copy, TopAbs_FACE); ex.More(); ex.Next())
             faces.push_back(ex.Current());
@@ -104,6 +122,19 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
     sew.Perform();
     if (interrupted())
         return error("Interrupted");
+    // Sewn faces keep their surfaces' ids; of the edges and vertices sewn into one, the first
+    // keeps its id.
+    GeometryModel::IdHints hints;
+    for (std::size_t i = 0; i < sheets.size(); ++i)
+        add_hints(model, *model.body(sheets[i]), sheets, hints, [&](const TopoDS_Shape& s) {
+            const TopoDS_Shape copy = copies[i]->ModifiedShape(s);
+            TopoDS_Shape image;
+            if (copy.ShapeType() == TopAbs_FACE)
+                image = sew.IsModified(copy) ? sew.Modified(copy) : copy;
+            else
+                image = sew.IsModifiedSubShape(copy) ? sew.ModifiedSubShape(copy) : copy;
+            return image.IsNull() ? std::vector<TopoDS_Shape>{} : std::vector<TopoDS_Shape>{image};
+        });
     TopoDS_Shape sewn = sew.SewedShape();
     std::vector<TopoDS_Shape> parts;
     for (TopExp_Explorer ex(sewn, TopAbs_SHELL); ex.More(); ex.Next()) {
@@ -130,8 +161,16 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
     for (std::size_t i = 0; i < parts.size(); ++i) {
         ShapeFix_Shape fix(parts[i]);
         fix.Perform();
+        HistoryView fixed{*fix.Context()->History()};
+        GeometryModel::IdHints final_hints;
+        for (GeomKind kind :
+             {GeomKind::Volume, GeomKind::Surface, GeomKind::Curve, GeomKind::Vertex})
+            for (const TopoDS_Shape& sub : GeometryModel::explore(parts[i], kind))
+                if (const int id = hints.find(kind, sub))
+                    for (const TopoDS_Shape& image : images_after(fixed, sub))
+                        final_hints.add(kind, image, id);
         const int id = i < sheets.size() ? sheets[i] : model.next_id(GeomKind::Body);
-        model.put_body(model.make_body(id, fix.Shape(), nullptr));
+        model.put_body(model.make_body(id, fix.Shape(), &final_hints));
     }
     if (progress)
         progress->percent(100);

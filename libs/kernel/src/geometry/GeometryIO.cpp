@@ -8,12 +8,12 @@
 #include <BRep_Builder.hxx>
 #include <IFSelect_ReturnStatus.hxx>
 #include <IGESCAFControl_Reader.hxx>
+#include <IGESCAFControl_Writer.hxx>
 #include <IGESControl_Controller.hxx>
-#include <IGESControl_Writer.hxx>
 #include <Interface_Static.hxx>
 #include <Quantity_Color.hxx>
 #include <STEPCAFControl_Reader.hxx>
-#include <STEPControl_Writer.hxx>
+#include <STEPCAFControl_Writer.hxx>
 #include <TCollection_AsciiString.hxx>
 #include <TDF_Label.hxx>
 #include <TDF_LabelSequence.hxx>
@@ -31,7 +31,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
+#include <optional>
+#include <set>
 
 namespace tarvo::kernel {
 
@@ -47,12 +50,26 @@ std::string label_name(const TDF_Label& label) {
     return ascii.ToCString();
 }
 
+// Files hold colours in sRGB, as users give them; OpenCASCADE 7.6 keeps them in linear RGB.
+std::array<double, 4> to_srgb(const Quantity_Color& c) {
+    double r = 0, g = 0, b = 0;
+    c.Values(r, g, b, Quantity_TOC_sRGB);
+    return {r, g, b, 1.0};
+}
+
+Quantity_Color from_srgb(const std::array<double, 4>& rgba) {
+    return Quantity_Color(rgba[0], rgba[1], rgba[2], Quantity_TOC_sRGB);
+}
+
 struct ImportedPart {
     TopoDS_Shape shape;
     std::string name;
     bool has_color = false;
     std::array<double, 4> color{};
     int node = -1; // index in the assembly list
+    // Faces with a colour of their own; matched to the part's faces by TShape (IsPartner), as
+    // the part's shape is moved into place.
+    std::vector<std::pair<TopoDS_Shape, std::array<double, 4>>> face_colors;
 };
 
 class TreeWalker {
@@ -109,7 +126,7 @@ public:
             if (colors_->GetColor(l, XCAFDoc_ColorSurf, c) ||
                 colors_->GetColor(l, XCAFDoc_ColorGen, c)) {
                 part.has_color = true;
-                part.color = {c.Red(), c.Green(), c.Blue(), 1.0};
+                part.color = to_srgb(c);
                 break;
             }
         }
@@ -118,9 +135,20 @@ public:
                 if (colors_->GetColor(ex.Current(), XCAFDoc_ColorSurf, c) ||
                     colors_->GetColor(ex.Current(), XCAFDoc_ColorGen, c)) {
                     part.has_color = true;
-                    part.color = {c.Red(), c.Green(), c.Blue(), 1.0};
+                    part.color = to_srgb(c);
                     break;
                 }
+        }
+        // Styles on single faces are kept as sub-shape labels of the part.
+        TDF_LabelSequence subs;
+        XCAFDoc_ShapeTool::GetSubShapes(label, subs);
+        for (int i = 1; i <= subs.Length(); ++i) {
+            if (!colors_->GetColor(subs.Value(i), XCAFDoc_ColorSurf, c) &&
+                !colors_->GetColor(subs.Value(i), XCAFDoc_ColorGen, c))
+                continue;
+            const TopoDS_Shape sub = XCAFDoc_ShapeTool::GetShape(subs.Value(i));
+            for (TopExp_Explorer ex(sub, TopAbs_FACE); ex.More(); ex.Next())
+                part.face_colors.emplace_back(ex.Current(), to_srgb(c));
         }
         parts.push_back(part);
     }
@@ -134,20 +162,24 @@ private:
     std::string format_;
 };
 
+// An XDE document to read into or write from; closed when this goes.
+struct CadDocument {
+    Handle(XCAFApp_Application) app = XCAFApp_Application::GetApplication();
+    Handle(TDocStd_Document) doc;
+    CadDocument() { app->NewDocument("MDTV-XCAF", doc); }
+    ~CadDocument() {
+        if (!doc.IsNull() && doc->IsOpened())
+            app->Close(doc);
+    }
+    CadDocument(const CadDocument&) = delete;
+    CadDocument& operator=(const CadDocument&) = delete;
+};
+
 // Reads STEP or IGES into parts and an assembly tree. False with an error printed on failure.
 bool read_cad_document(const std::string& format, const std::string& path, Progress& progress,
                        std::vector<ImportedPart>& parts, std::vector<AssemblyNode>& nodes) {
-    Handle(XCAFApp_Application) app = XCAFApp_Application::GetApplication();
-    Handle(TDocStd_Document) doc;
-    app->NewDocument("MDTV-XCAF", doc);
-    struct Closer {
-        Handle(XCAFApp_Application) app;
-        Handle(TDocStd_Document) doc;
-        ~Closer() {
-            if (!doc.IsNull() && doc->IsOpened())
-                app->Close(doc);
-        }
-    } closer{app, doc};
+    CadDocument document;
+    Handle(TDocStd_Document) doc = document.doc;
     Handle(OccProgress) pi = new OccProgress(&progress, 30, 80);
     if (format == "step") {
         STEPCAFControl_Reader reader;
@@ -231,6 +263,47 @@ std::vector<TopoDS_Shape> split_into_bodies(const TopoDS_Shape& shape) {
     return out;
 }
 
+int model_face_id(const Body& body, const TopoDS_Shape& face) {
+    for (const IdShape& s : body.surfaces)
+        if (s.shape.IsSame(face))
+            return s.id;
+    return 0;
+}
+
+// Gives the body's surfaces the colours their faces carry in the file. A volume without a colour
+// of its own whose surfaces all carry one colour takes that colour too.
+void apply_face_colors(GeometryModel& model, const Body& body, const ImportedPart& part) {
+    if (part.face_colors.empty())
+        return;
+    for (const IdShape& s : body.surfaces)
+        for (const auto& [face, color] : part.face_colors)
+            if (s.shape.IsPartner(face)) {
+                auto& a = model.attributes_for_update(GeomKind::Surface, s.id);
+                a.has_color = true;
+                a.color = color;
+                break;
+            }
+    for (const IdShape& v : body.volumes) {
+        if (const EntityAttributes* a = model.attributes(GeomKind::Volume, v.id); a && a->has_color)
+            continue;
+        std::optional<std::array<double, 4>> common;
+        bool uniform = true;
+        for (const TopoDS_Shape& f : GeometryModel::explore(v.shape, GeomKind::Surface)) {
+            const EntityAttributes* a = model.attributes(GeomKind::Surface, model_face_id(body, f));
+            if (!a || !a->has_color || (common && *common != a->color)) {
+                uniform = false;
+                break;
+            }
+            common = a->color;
+        }
+        if (uniform && common) {
+            auto& a = model.attributes_for_update(GeomKind::Volume, v.id);
+            a.has_color = true;
+            a.color = *common;
+        }
+    }
+}
+
 std::string unique_name(const GeometryModel& model, GeomKind kind, const std::string& base) {
     auto taken = [&](const std::string& n) {
         for (int id : model.ids(kind))
@@ -245,6 +318,105 @@ std::string unique_name(const GeometryModel& model, GeomKind kind, const std::st
         if (!taken(n))
             return n;
     }
+}
+
+// Fills an XDE document with the exported bodies: the assembly tree as imported, for the parts
+// whose volumes are exported, then one part per other volume, then one per body without volumes.
+// Parts carry the names and colours of their volumes, faces the colours of their surfaces.
+void fill_document(const GeometryModel& model, const std::vector<int>& bodies,
+                   const Handle(TDocStd_Document) & doc) {
+    Handle(XCAFDoc_ShapeTool) shapes = XCAFDoc_DocumentTool::ShapeTool(doc->Main());
+    Handle(XCAFDoc_ColorTool) colors = XCAFDoc_DocumentTool::ColorTool(doc->Main());
+    std::map<int, TopoDS_Shape> volumes;
+    std::vector<TopoDS_Shape> others;
+    for (int b : bodies) {
+        BodyPtr body = model.body(b);
+        for (const IdShape& v : body->volumes)
+            volumes[v.id] = v.shape;
+        if (body->volumes.empty())
+            others.push_back(body->shape);
+    }
+    auto set_name = [](const TDF_Label& label, const std::string& name) {
+        if (!name.empty())
+            TDataStd_Name::Set(label, TCollection_ExtendedString(name.c_str(), true));
+    };
+    // A part holds its shape without the placement, which goes to the component that uses it
+    // (`placement`); without one the part holds the shape as placed. Each part is its own
+    // product, so that instances keep their own names and colours.
+    auto add_part = [&](const TopoDS_Shape& shape, const std::string& name,
+                        const std::vector<int>& vols, TopLoc_Location* placement) {
+        TDF_Label label =
+            shapes->AddShape(placement ? shape.Located(TopLoc_Location()) : shape, false, false);
+        if (placement)
+            *placement = shape.Location();
+        set_name(label, name);
+        for (int v : vols) {
+            const EntityAttributes* a = model.attributes(GeomKind::Volume, v);
+            if (!a || !a->has_color)
+                continue;
+            TDF_Label target =
+                vols.size() == 1
+                    ? label
+                    : shapes->AddSubShape(label, volumes[v].Moved(shape.Location().Inverted()));
+            if (!target.IsNull())
+                colors->SetColor(target, from_srgb(a->color), XCAFDoc_ColorGen);
+        }
+        const TopoDS_Shape stored = XCAFDoc_ShapeTool::GetShape(label);
+        for (const TopoDS_Shape& face : GeometryModel::explore(stored, GeomKind::Surface)) {
+            const int id = model.id_of(GeomKind::Surface, face);
+            const EntityAttributes* a = id ? model.attributes(GeomKind::Surface, id) : nullptr;
+            if (!a || !a->has_color)
+                continue;
+            TDF_Label sub = shapes->AddSubShape(label, face);
+            if (!sub.IsNull())
+                colors->SetColor(sub, from_srgb(a->color), XCAFDoc_ColorSurf);
+        }
+        return label;
+    };
+    const std::vector<AssemblyNode>& tree = model.state().assembly;
+    std::set<int> placed;
+    std::function<TDF_Label(const AssemblyNode&, TopLoc_Location&)> build =
+        [&](const AssemblyNode& node, TopLoc_Location& placement) {
+            if (node.type == "part") {
+                std::vector<int> vols;
+                std::vector<TopoDS_Shape> solids;
+                for (int v : node.volume_ids)
+                    if (volumes.count(v) && placed.insert(v).second) {
+                        vols.push_back(v);
+                        solids.push_back(volumes[v]);
+                    }
+                if (vols.empty())
+                    return TDF_Label();
+                return add_part(solids.size() == 1 ? solids.front() : make_compound(solids),
+                                node.name, vols, &placement);
+            }
+            std::vector<std::pair<TDF_Label, TopLoc_Location>> children;
+            for (const AssemblyNode& child : tree) {
+                TopLoc_Location where;
+                if (child.parent_id == node.id)
+                    if (TDF_Label c = build(child, where); !c.IsNull())
+                        children.emplace_back(c, where);
+            }
+            if (children.empty())
+                return TDF_Label();
+            TDF_Label label = shapes->NewShape();
+            set_name(label, node.name);
+            for (const auto& [c, where] : children)
+                shapes->AddComponent(label, c, where);
+            placement = TopLoc_Location();
+            return label;
+        };
+    for (const AssemblyNode& node : tree) {
+        TopLoc_Location where;
+        if (node.parent_id == 0)
+            build(node, where);
+    }
+    for (const auto& [v, shape] : volumes)
+        if (!placed.count(v))
+            add_part(shape, model.name_of(GeomKind::Volume, v), {v}, nullptr);
+    for (const TopoDS_Shape& shape : others)
+        add_part(shape, "", {}, nullptr);
+    shapes->UpdateAssemblies();
 }
 
 } // namespace
@@ -268,7 +440,7 @@ bool GeometryModule::import_file(const std::string& format, const std::string& p
             if (!BRepTools::Read(shape, path.c_str(), builder, pi->Start()) || shape.IsNull())
                 return interrupted() ? error("Interrupted")
                                      : error("could not read BREP file '" + path + "'");
-            parts.push_back({shape, {}, false, {}, -1});
+            parts.push_back({shape, {}, false, {}, -1, {}});
         } else if (!read_cad_document(format, path, progress, parts, nodes)) {
             return false;
         }
@@ -278,6 +450,9 @@ bool GeometryModule::import_file(const std::string& format, const std::string& p
         auto& tree = model_.assembly();
         const int offset = static_cast<int>(tree.size());
         std::vector<int> made_volumes, made_bodies;
+        // One build for all bodies of the file: a face that two solids share in the file (a
+        // merged model written as BREP) stays one shared surface.
+        GeometryModel::IdHints shared;
         for (const ImportedPart& part : parts) {
             if (interrupted())
                 return error("Interrupted");
@@ -285,7 +460,7 @@ bool GeometryModule::import_file(const std::string& format, const std::string& p
                 if (!shape_is_valid(piece))
                     warning("a piece of " + (part.name.empty() ? path : "'" + part.name + "'") +
                             " is not a valid shape; kept as read");
-                auto body = model_.make_body(model_.next_id(GeomKind::Body), piece, nullptr);
+                auto body = model_.make_body(model_.next_id(GeomKind::Body), piece, &shared);
                 model_.put_body(body);
                 made_bodies.push_back(body->id);
                 for (const IdShape& v : body->volumes) {
@@ -301,6 +476,7 @@ bool GeometryModule::import_file(const std::string& format, const std::string& p
                     if (part.node >= 0)
                         nodes[static_cast<std::size_t>(part.node)].volume_ids.push_back(v.id);
                 }
+                apply_face_colors(model_, *body, part);
             }
         }
         if (made_bodies.empty())
@@ -371,26 +547,35 @@ bool GeometryModule::export_file(const std::string& format, const std::string& p
         }
         if (bodies.empty())
             return error("there is no geometry to export");
-        std::vector<TopoDS_Shape> shapes;
-        for (int b : bodies)
-            shapes.push_back(model_.body(b)->shape);
-        TopoDS_Compound all = make_compound(shapes);
         Progress progress("Export " + format, path, true);
         if (format == "brep") {
-            if (!BRepTools::Write(all, path.c_str()))
+            // One compound of the bodies: faces that merged bodies share are written once.
+            std::vector<TopoDS_Shape> shapes;
+            for (int b : bodies)
+                shapes.push_back(model_.body(b)->shape);
+            if (!BRepTools::Write(make_compound(shapes), path.c_str()))
                 return error("could not write '" + path + "'");
         } else if (format == "step") {
-            STEPControl_Writer writer;
-            if (writer.Transfer(all, STEPControl_AsIs) != IFSelect_RetDone)
+            CadDocument document;
+            fill_document(model_, bodies, document.doc);
+            STEPCAFControl_Writer writer;
+            writer.SetNameMode(true);
+            writer.SetColorMode(true);
+            if (!writer.Transfer(document.doc, STEPControl_AsIs))
                 return error("could not convert the model to STEP");
             if (writer.Write(path.c_str()) != IFSelect_RetDone)
                 return error("could not write '" + path + "'");
         } else {
             IGESControl_Controller::Init();
-            IGESControl_Writer writer("MM", 1);
-            if (!writer.AddShape(all))
+            // Solids as solids (MSBO), so that volumes come back without healing.
+            Interface_Static::SetIVal("write.iges.brep.mode", 1);
+            CadDocument document;
+            fill_document(model_, bodies, document.doc);
+            IGESCAFControl_Writer writer;
+            writer.SetNameMode(true);
+            writer.SetColorMode(true);
+            if (!writer.Transfer(document.doc))
                 return error("could not convert the model to IGES");
-            writer.ComputeModel();
             if (!writer.Write(path.c_str()))
                 return error("could not write '" + path + "'");
         }

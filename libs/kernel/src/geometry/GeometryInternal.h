@@ -5,6 +5,7 @@
 #include "geometry/GeometryModule.h"
 
 #include <BRepAlgoAPI_BuilderAlgo.hxx>
+#include <BRepTools_History.hxx>
 #include <Message_ProgressIndicator.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopTools_ListOfShape.hxx>
@@ -97,6 +98,29 @@ template <class Algo> std::vector<TopoDS_Shape> images_after(Algo& algo, const T
     }
     for (const TopoDS_Shape& m : mod)
         out.push_back(m);
+    return out;
+}
+
+// A BRepTools_History seen through the interface of the algorithms, for images_after().
+struct HistoryView {
+    const BRepTools_History& history;
+    bool IsDeleted(const TopoDS_Shape& s) const { return history.IsRemoved(s); }
+    const TopTools_ListOfShape& Modified(const TopoDS_Shape& s) const {
+        return history.Modified(s);
+    }
+};
+
+// Images of `s` after `first` and then through `second`.
+template <class Algo>
+std::vector<TopoDS_Shape> images_after_both(Algo& first, const BRepTools_History& second,
+                                            const TopoDS_Shape& s) {
+    HistoryView view{second};
+    std::vector<TopoDS_Shape> out;
+    TopTools_IndexedMapOfShape seen;
+    for (const TopoDS_Shape& image : images_after(first, s))
+        for (const TopoDS_Shape& final_image : images_after(view, image))
+            if (seen.Add(final_image))
+                out.push_back(final_image);
     return out;
 }
 

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace tarvo::kernel {
 
@@ -39,6 +40,11 @@ bool GeometryModule::webcut(const std::vector<EntityKey>& list, const gp_Pnt& po
         Transaction tx(model_);
         Progress progress("Webcut", "", true);
         std::vector<int> cut_bodies;
+        std::map<int, std::size_t> shared_before; // merged surface of a listed body -> owners
+        for (int bid : bodies)
+            for (const IdShape& f : model_.body(bid)->surfaces)
+                if (std::size_t n = model_.bodies_of(GeomKind::Surface, f.id).size(); n > 1)
+                    shared_before[f.id] = n;
         std::vector<int> created;
         long done = 0;
         for (int bid : bodies) {
@@ -87,9 +93,18 @@ bool GeometryModule::webcut(const std::vector<EntityKey>& list, const gp_Pnt& po
         }
         if (cut_bodies.empty())
             return error("the cutting plane does not cut " + describe("body", bodies));
+        // Merged faces the plane missed stay shared; one it cut is split on the cut side only,
+        // so the neighbour keeps the whole face and the two are no longer merged.
+        std::vector<int> unmerged;
+        for (const auto& [surface, owners] : shared_before)
+            if (model_.bodies_of(GeomKind::Surface, surface).size() < owners)
+                unmerged.push_back(surface);
         tx.commit({{GeomEvent::Code::WebcutCompleted}});
         print("Webcut " + describe("body", cut_bodies) + ": created " +
               describe("volume", created));
+        if (!unmerged.empty())
+            warning("the cut split merged " + describe("surface", unmerged) +
+                    ": no longer merged; imprint and merge to merge the pieces again");
         return true;
     });
 }
