@@ -71,6 +71,7 @@ void TarvoMessageRouter::remove_client(ClientConnection* client) {
 
 void TarvoMessageRouter::forget_client(ClientConnection* client) {
     clients.erase(client);
+    in_flight.erase(client);
     subscriptions->remove_client(client);
     monitors->remove_client(client);
 }
@@ -118,13 +119,15 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
     }
 
     if (method.startsWith(QLatin1String("datamonitor."))) {
+        if (refuse_when_full(client, request))
+            return {};
         MonitorResult result =
             queue->process_monitor_request(monitors.get(), std::make_unique<Task>(client, request));
         std::future<int> done;
         if (result.follow_up != nullptr) {
             // Its selection is the new key alone, so its monitors are built even if the client's
             // selection changes again before it runs.
-            done = queue->enqueue_kernel_task(std::move(result.follow_up));
+            done = enqueue(std::move(result.follow_up), false);
         }
         if (!result.is_empty())
             client->send_response(result);
@@ -136,12 +139,30 @@ std::future<int> TarvoMessageRouter::route(ClientConnection* client, const RPCRe
         return {};
     }
 
+    if (refuse_when_full(client, request))
+        return {};
     auto task = std::make_unique<Task>(client, request);
     attach_monitors(*task);
     // No dot is needed: any name that begins with these letters is a graphics request.
-    if (method.startsWith(QLatin1String("graphics")))
-        return queue->enqueue_graphics_task(std::move(task));
-    return queue->enqueue_kernel_task(std::move(task));
+    return enqueue(std::move(task), method.startsWith(QLatin1String("graphics")));
+}
+
+bool TarvoMessageRouter::refuse_when_full(ClientConnection* client, const RPCRequest& request) {
+    const auto it = in_flight.find(client);
+    if (it == in_flight.end() || it->second < max_in_flight)
+        return false;
+    if (!request.is_notification())
+        client->send_response(RPCResponse::error(
+            request.id(), json_rpc::ErrorCode::LimitExceeded,
+            QStringLiteral("at most %1 requests of one client may wait or run at once")
+                .arg(static_cast<qulonglong>(max_in_flight))));
+    return true;
+}
+
+std::future<int> TarvoMessageRouter::enqueue(std::unique_ptr<Task> task, bool graphics) {
+    ++in_flight[task->client];
+    return graphics ? queue->enqueue_graphics_task(std::move(task))
+                    : queue->enqueue_kernel_task(std::move(task));
 }
 
 void TarvoMessageRouter::attach_monitors(Task& task) {
@@ -164,7 +185,7 @@ void TarvoMessageRouter::test_render(ClientConnection* client, const RPCRequest&
         auto task = std::make_unique<Task>(
             client, RPCRequest(QStringLiteral("graphics.render"), render_params));
         attach_monitors(*task);
-        queue->enqueue_graphics_task(std::move(task)).wait();
+        enqueue(std::move(task), true).wait();
         // Served here directly; the events posted meanwhile find nothing left to do.
         {
             std::lock_guard lock(queue->notification_mutex());
@@ -243,6 +264,10 @@ void TarvoMessageRouter::send_notifications(const std::vector<RPCRequest>& notif
 
 void TarvoMessageRouter::handle_completed_tarvo_task() {
     for (const std::unique_ptr<Task>& task : queue->take_completed()) {
+        // The count of a client that has gone was dropped with it.
+        if (const auto it = in_flight.find(task->client);
+            !task->action && it != in_flight.end() && it->second > 0)
+            --it->second;
         // Monitor data first, to every client that selected it now, whoever asked.
         for (ClientConnection* client : clients) {
             const MonitorSelection* selection = monitors->selection_of(client);

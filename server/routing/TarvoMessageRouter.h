@@ -6,6 +6,10 @@
 // of the queue, whose worker thread the router owns through it. Each queued task carries the
 // union of all clients' monitor selections, so that the worker knows which monitors to build.
 //
+// Bounded: one client may have at most max_in_flight tasks queued or running; a request past
+// that is answered with -32000 at once and never queued, so a client that floods the queue
+// can't take the server's memory or hold up the others without end.
+//
 // A client pointer held in a task or a registry is a key only: it is dereferenced only once it
 // is found in `clients`. A connection leaves `clients` when remove_client() is called, and also
 // when the connection object is destroyed without that call, as the server's teardown does: the
@@ -21,7 +25,9 @@
 
 #include <QObject>
 
+#include <cstddef>
 #include <future>
+#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -54,6 +60,9 @@ public:
     // or an array when it is owed two or more, in the order of the list.
     void send_notifications(const std::vector<RPCRequest>& notifications) override;
 
+    static constexpr std::size_t kDefaultMaxInFlight = 100000;
+    void set_max_in_flight(std::size_t tasks) { max_in_flight = tasks; }
+
     // Routes one request without any synchronous waiting. The future belongs to the task that was
     // queued for it (the follow-up task of a datamonitor request); it is empty when nothing was
     // queued.
@@ -66,6 +75,10 @@ private slots:
     void handle_graphics(bool dump_time);
 
 private:
+    // Answers a request of a client that is at its bound with -32000; true when it did.
+    bool refuse_when_full(ClientConnection* client, const RPCRequest& request);
+    // Counts the task against its client, then queues it.
+    std::future<int> enqueue(std::unique_ptr<Task> task, bool graphics);
     // Stores the union of all clients' selections in the task.
     void attach_monitors(Task& task);
     // graphics.test_render: renders a view `count` times, blocking the main thread.
@@ -80,5 +93,8 @@ private:
     std::unique_ptr<NotificationRegistry> subscriptions;
     std::unique_ptr<MonitorRegistry> monitors;
     std::set<ClientConnection*> clients; // connected, ordered by pointer
+    // Tasks queued or running per client; action tasks of the queue are not counted.
+    std::map<ClientConnection*, std::size_t> in_flight;
+    std::size_t max_in_flight = kDefaultMaxInFlight;
     std::unique_ptr<TarvoQueue> queue;
 };

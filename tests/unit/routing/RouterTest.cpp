@@ -207,6 +207,33 @@ TEST_F(RouterTest, DepartureNeverInterruptsAnotherClientsTask) {
     EXPECT_EQ(b.take().size(), 1u);
 }
 
+TEST_F(RouterTest, ClientsWaitingTasksAreBounded) {
+    router->set_max_in_flight(2);
+    Gate gate;
+    worker.set_gate("slow", &gate);
+    auto slow = router->route(a.connection, request_with_id("slow", 1));
+    gate.wait_entered();
+    router->route(a.connection, request_with_id("second", 2));
+    call(a, "third", 3);
+    call(a, "datamonitor.add_model_monitor", 4);
+    const auto refusals = a.take();
+    ASSERT_EQ(refusals.size(), 2u) << "answered at once, never queued";
+    for (const QJsonDocument& refusal : refusals)
+        EXPECT_EQ(response_of(refusal).value("error").toObject().value("code").toInt(), -32000);
+    auto others = router->route(b.connection, request_with_id("other", 5));
+
+    gate.open();
+    slow.wait();
+    others.wait();
+    process_posted_events();
+    EXPECT_EQ(worker.executed_methods(), (std::vector<QString>{"slow", "second", "other"}));
+    a.take();
+    router->route(a.connection, request_with_id("again", 6)).wait();
+    process_posted_events();
+    ASSERT_EQ(a.frames.size(), 1u) << "room again once the tasks are done";
+    EXPECT_EQ(response_of(a.frames[0]).value("result").toString(), "again");
+}
+
 TEST_F(RouterTest, NotificationsGoOutAsOneFramePerSubscriber) {
     call(a, "pubsub.subscribe", 1, QJsonObject{{"notification", "print_message"}});
     call(a, "pubsub.subscribe", 2, QJsonObject{{"notification", "print_error"}});
