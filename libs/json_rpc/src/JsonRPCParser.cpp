@@ -8,7 +8,6 @@
 #include <QJsonParseError>
 
 #include <cmath>
-#include <optional>
 
 using namespace json_rpc::wire;
 using json_rpc::ErrorCode;
