@@ -194,6 +194,40 @@ bool Cursor::number(double& value) {
     return false;
 }
 
+bool Cursor::length(double& value) {
+    double parsed = 0;
+    const size_t at = position;
+    if (!number(parsed)) {
+        return false;
+    }
+    if (std::abs(parsed) > kMaxModelExtent) {
+        position = at;
+        last_expectation = "'" + tokens[at].text + "'" +
+                           (at > 0 ? " after '" + tokens[at - 1].text + "'" : std::string()) +
+                           " is beyond the size of a model: lengths and coordinates are at most "
+                           "1e7 in magnitude";
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+bool Cursor::angle(double& value) {
+    double parsed = 0;
+    const size_t at = position;
+    if (!number(parsed)) {
+        return false;
+    }
+    if (std::abs(parsed) > kMaxAngleDegrees) {
+        position = at;
+        last_expectation = "angle '" + tokens[at].text +
+                           "' is out of range: angles are at most 1e6 degrees in magnitude";
+        return false;
+    }
+    value = std::fmod(parsed, 360.0);
+    return true;
+}
+
 bool Cursor::integer(int& value) {
     double parsed = 0;
     if (!at_end() && !tokens[position].quoted && parse_double(tokens[position].text, parsed) &&
@@ -217,16 +251,28 @@ bool Cursor::string(std::string& value, bool allow_bare) {
 }
 
 bool Cursor::entity_list(EntityList& list) {
-    std::string error_text;
+    std::string error_text, missing;
     size_t pos = position;
     EntityList parsed;
-    if (!parse_entity_list(tokens, pos, parsed, error_text)) {
+    ListParseOptions options;
+    options.missing_text = &missing;
+    if (!parse_entity_list(tokens, pos, parsed, error_text, options)) {
         last_expectation = error_text;
         return false;
+    }
+    if (!missing.empty()) {
+        deferred_warnings.push_back(std::move(missing));
     }
     position = pos;
     list = std::move(parsed);
     return true;
+}
+
+void Cursor::flush_warnings() {
+    for (const std::string& text : deferred_warnings) {
+        warning(text);
+    }
+    deferred_warnings.clear();
 }
 
 void Cursor::optional_comma() {
@@ -252,6 +298,7 @@ bool Cursor::fail(const std::string& text) {
 
 bool Cursor::expect_end() {
     if (at_end()) {
+        flush_warnings();
         return true;
     }
     last_expectation = "unexpected '" + tokens[position].text + "'";
@@ -474,6 +521,7 @@ DispatchResult dispatch(const std::vector<Token>& tokens) {
         }
         break;
     }
+    result.matched_words = depth;
     if (!best) {
         if (tokens.empty()) {
             return result;

@@ -21,7 +21,7 @@
 // undoable the runner also rolls the model back (see Undo.h).
 //
 // Where to register: in a module function (e.g. register_geometry_commands()) that
-// init_modules() in core/Modules.cpp calls; add one line there. Not from static initialisers:
+// init_modules() in KernelApi.cpp calls; add one line there. Not from static initialisers:
 // the kernel is a static library, and the linker drops objects that nothing references. The
 // registry is emptied by destroy() and filled again by the next init().
 //
@@ -36,6 +36,13 @@
 #include <vector>
 
 namespace tarvo::kernel {
+
+// The size of a model: geometry whose lengths or coordinates go beyond this (in model units)
+// is refused. OpenCASCADE's tolerances are absolute (1e-7), so a model far larger loses its
+// precision, and overflowing numbers make its algorithms loop or crash.
+inline constexpr double kMaxModelExtent = 1e7;
+// A larger angle is a mistake, not a number of turns; it would also lose all its precision.
+inline constexpr double kMaxAngleDegrees = 1e6;
 
 struct Token {
     std::string text;    // without the quotes for a string
@@ -67,14 +74,23 @@ public:
     // The same, giving the canonical word.
     bool choice(std::initializer_list<std::string_view> words, std::string& word);
 
-    // Numbers: a plain decimal ("2", "-1.5e3"). integer() refuses fractions.
+    // Numbers: a plain finite decimal ("2", "-1.5e3"). integer() refuses fractions.
     bool number(double& value);
     bool integer(int& value);
+    // Numbers of geometry. length(): a length, coordinate, distance or component of a direction,
+    // at most kMaxModelExtent in magnitude. angle(): degrees, at most kMaxAngleDegrees in
+    // magnitude, given back reduced to (-360, 360). Beyond the limit the expectation says so.
+    bool length(double& value);
+    bool angle(double& value);
     // A quoted string; with `allow_bare`, also a single unquoted word.
     bool string(std::string& value, bool allow_bare = false);
-    // An entity list (grammar in EntityList.h). False on a syntax error; unknown ids are reported
-    // as a warning and skipped, which is no failure, so the list may come back empty.
+    // An entity list (grammar in EntityList.h). False on a syntax error; unknown ids are skipped,
+    // which is no failure, so the list may come back empty. The warning about them waits until
+    // the line has parsed (expect_end(), or the handler's success): in "scale volume 1 2" the 2
+    // is a mistake of syntax, not a volume to report.
     bool entity_list(EntityList& list);
+    // Prints the warnings that entity_list() held back.
+    void flush_warnings();
     // Skips a ',' if there is one.
     void optional_comma();
 
@@ -89,6 +105,7 @@ public:
     // Prints "ERROR: <text>" (once per command, see Session.h) and returns false.
     bool fail(const std::string& text);
     // Fails with "unexpected '<token>'" unless at the end; for handlers that are done parsing.
+    // At the end, prints the held-back warnings.
     bool expect_end();
 
     // What the last failed accessor wanted, e.g. "expected a number, found 'abc'".
@@ -108,6 +125,7 @@ private:
     size_t position = 0;
     std::string last_expectation;
     std::vector<EntityList> lists;
+    std::vector<std::string> deferred_warnings;
 };
 
 using CommandHandler = std::function<bool(Cursor&)>;

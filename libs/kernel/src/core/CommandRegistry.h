@@ -23,9 +23,20 @@ struct DispatchResult {
     std::vector<size_t> list_starts;            // token index of each "<list>" match
     std::string error_text;
     bool ambiguous = false;
+    size_t matched_words = 0; // pattern words matched, also when no pattern matched completely
 };
 
 DispatchResult dispatch(const std::vector<Token>& tokens);
+
+// A command of the reference that is planned but not built yet ("Not built yet." in
+// docs/commands.md), as far as the line's tokens name it.
+struct PlannedCommand {
+    std::string heading; // its heading, e.g. "<list> size"; empty: none
+    size_t words = 0;    // heading words that the tokens matched (0: none)
+};
+// The planned command with the most words that the tokens match from their start, word by word
+// as dispatch matches ("<list>" an entity list).
+PlannedCommand planned_command(const std::vector<Token>& tokens);
 
 // Index of the word `token` names: exact match first, else unique prefix of >= 3 letters.
 // -1: none; -2: ambiguous.

@@ -369,7 +369,11 @@ bool parse_entity_list(const std::vector<Token>& tokens, size_t& pos, EntityList
         for (const auto& [type, ids] : parser.missing) {
             text += (text.empty() ? "" : ", ") + type + " " + compress_ids(ids);
         }
-        warning(text + " not found, skipped");
+        if (options.missing_text) {
+            *options.missing_text = text + " not found, skipped";
+        } else {
+            warning(text + " not found, skipped");
+        }
     }
     pos = parser.pos;
     list = std::move(result);

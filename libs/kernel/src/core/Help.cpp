@@ -1,4 +1,5 @@
 #include "core/CommandRegistry.h"
+#include "core/ListParser.h"
 #include "core/Runner.h"
 
 #include <algorithm>
@@ -45,6 +46,61 @@ bool topic_matches(const std::vector<std::string>& topic, const std::vector<std:
 
 std::string_view command_reference() {
     return kCommandReference;
+}
+
+namespace {
+// Headings of the reference sections whose text starts with "Not built yet.", as words.
+const std::vector<std::vector<std::string>>& planned_headings() {
+    static const std::vector<std::vector<std::string>> headings = [] {
+        std::vector<std::vector<std::string>> found;
+        std::istringstream in{std::string(kCommandReference)};
+        std::string line, heading;
+        while (std::getline(in, line)) {
+            if (line.starts_with("### ")) {
+                heading = line.substr(4);
+            } else if (!heading.empty() && !line.empty()) {
+                if (line.starts_with("Not built yet.")) {
+                    found.push_back(words_of(heading));
+                }
+                heading.clear();
+            }
+        }
+        return found;
+    }();
+    return headings;
+}
+} // namespace
+
+PlannedCommand planned_command(const std::vector<Token>& tokens) {
+    PlannedCommand best;
+    for (const std::vector<std::string>& heading : planned_headings()) {
+        size_t pos = 0, words = 0;
+        for (; words < heading.size() && pos < tokens.size(); ++words) {
+            const Token& token = tokens[pos];
+            if (heading[words] == kListPlaceholder) {
+                EntityList list;
+                std::string ignored;
+                ListParseOptions options;
+                options.report_missing = false;
+                if (!parse_entity_list(tokens, pos, list, ignored, options)) {
+                    break;
+                }
+            } else if (!token.quoted && !token.comma &&
+                       keyword_matches(token.text, heading[words])) {
+                ++pos;
+            } else {
+                break;
+            }
+        }
+        if (words == heading.size() && words > best.words) {
+            best.words = words;
+            best.heading.clear();
+            for (const std::string& word : heading) {
+                best.heading += (best.heading.empty() ? "" : " ") + word;
+            }
+        }
+    }
+    return best;
 }
 
 std::string help_text(std::string_view topic_text) {

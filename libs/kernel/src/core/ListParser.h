@@ -13,6 +13,8 @@ namespace tarvo::kernel {
 struct ListParseOptions {
     // Print one warning for ids that do not exist.
     bool report_missing = true;
+    // When set (and report_missing), the warning's text goes here instead of being printed.
+    std::string* missing_text = nullptr;
     // Type of bare selectors when the text does not start with a type word ("1 to 3"); empty:
     // a type word is required.
     std::string default_type;

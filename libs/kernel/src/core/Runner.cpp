@@ -1,12 +1,11 @@
 #include "core/Runner.h"
 
 #include "core/CommandRegistry.h"
+#include "core/Guard.h"
 #include "core/ListParser.h"
 #include "core/Session.h"
 #include "core/SessionState.h"
 #include "tarvo_util/TarvoFileUtil.h"
-
-#include <Standard_Failure.hxx>
 
 #include <algorithm>
 #include <cstdio>
@@ -23,6 +22,9 @@ using TarvoInterface::TIObserve;
 LogDrain log_drain = nullptr;
 
 constexpr int kMaxPlaybackDepth = 16;
+// A journal line is a command typed or written by a program: far below this.
+constexpr size_t kMaxJournalLine = 64 * 1024;
+constexpr size_t kMaxJournalBytes = size_t{256} << 20;
 
 std::string trim(std::string_view text) {
     size_t a = 0, b = text.size();
@@ -71,21 +73,10 @@ void push_undo_step(UndoStep step) {
     events().emit(&TIObserve::notify_undo_state_changed);
 }
 
-// Runs a handler, turning every exception into one error.
-bool call_handler(const CommandHandler& handler, Cursor& cursor) {
-    try {
-        return handler(cursor);
-    } catch (const Standard_Failure& failure) {
-        const char* text = failure.GetMessageString();
-        return error(std::string("Geometry engine failure: ") +
-                     (text && *text ? text : failure.DynamicType()->Name()));
-    } catch (const std::string& text) {
-        return error("Gmsh: " + text);
-    } catch (const std::exception& exception) {
-        return error(std::string("Internal failure: ") + exception.what());
-    } catch (...) {
-        return error("Internal failure");
-    }
+// Runs a handler; an exception becomes one error naming the command's first word.
+bool call_handler(const RegisteredCommand& command, Cursor& cursor) {
+    const std::string what = "'" + command.words.front() + "'";
+    return guarded(what.c_str(), false, [&] { return command.definition.handler(cursor); });
 }
 
 bool journaled(const RegisteredCommand* command) {
@@ -129,6 +120,14 @@ bool execute(std::string_view line, const RegisteredCommand*& command) {
         return true;
     }
     DispatchResult found = dispatch(tokens);
+    // A planned command that names more words than what dispatch found ("delete mesh" beside
+    // "delete") is one the user meant: say that it is not there yet rather than misparse it.
+    const PlannedCommand planned = planned_command(tokens);
+    if (!found.ambiguous && planned.words > (found.command ? found.command->words.size() : 0)) {
+        return error("'" + planned.heading +
+                     "' is planned but not built in this kernel yet (help " + planned.heading +
+                     ")");
+    }
     if (!found.command) {
         return error(found.error_text);
     }
@@ -147,8 +146,10 @@ bool execute(std::string_view line, const RegisteredCommand*& command) {
     if (undoable) {
         step = take_snapshots(line);
     }
-    bool ok = call_handler(command->definition.handler, cursor);
-    if (!ok) {
+    bool ok = call_handler(*command, cursor);
+    if (ok) {
+        cursor.flush_warnings();
+    } else {
         if (!frame_error_reported()) {
             error(cursor.expectation().empty() ? "Command failed: " + trim(text)
                                                : cursor.expectation());
@@ -192,6 +193,14 @@ bool run_command(std::string_view line, bool silent) {
     const std::string trimmed = trim(line);
     if (!trimmed.empty() && !silent) {
         s.history.push_back(trimmed);
+        s.history_chars += trimmed.size();
+        size_t drop = 0;
+        while (s.history.size() - drop > 1 &&
+               (s.history.size() - drop > SessionState::kMaxHistoryLines ||
+                s.history_chars > SessionState::kMaxHistoryChars)) {
+            s.history_chars -= s.history[drop++].size();
+        }
+        s.history.erase(s.history.begin(), s.history.begin() + static_cast<long>(drop));
     }
     s.history_cursor = s.history.size();
 
@@ -265,19 +274,102 @@ bool play_lines(const std::string& path, std::vector<std::string> lines, size_t 
 }
 } // namespace
 
-bool playback_file(const std::string& path) {
+namespace {
+
+// Whether a line could hold a command: its first words begin a registered or a planned command
+// (an entity list for the "<list> ..." patterns), or it defines or uses variables.
+bool begins_command(std::string_view line) {
+    const std::string text = trim(line);
+    if (text.starts_with("#{")) {
+        return true;
+    }
+    std::vector<Token> tokens;
+    std::string error_text;
+    if (!tokenize(text, tokens, error_text)) {
+        return false;
+    }
+    if (tokens.empty()) {
+        return true; // blank or comment
+    }
+    const DispatchResult found = dispatch(tokens);
+    return found.command || found.ambiguous || found.matched_words > 0 ||
+           planned_command(tokens).words > 0;
+}
+
+// Reads a journal whole, before any line runs, so that a file that is no journal changes
+// nothing. Errors name the file and the line, never what the file holds: the file may be any
+// file the server can read. Lines are read with a length limit, and the interrupt is honoured
+// while reading.
+bool read_journal(const std::string& path, std::vector<std::string>& lines) {
     const std::string full = TarvoFileUtil::absolute_path(path);
-    std::ifstream in(full);
+    std::error_code ec;
+    const std::filesystem::file_status status = std::filesystem::status(full, ec);
+    if (ec || !std::filesystem::exists(status)) {
+        return error("Cannot open journal '" + path + "'");
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        return error("'" + path + "' is not a journal: it is not a regular file");
+    }
+    std::ifstream in(full, std::ios::binary);
     if (!in) {
         return error("Cannot open journal '" + path + "'");
     }
-    std::vector<std::string> lines;
-    std::string line;
-    while (std::getline(in, line)) {
+    const auto refuse = [&](size_t number, const std::string& why) {
+        return error("'" + path + "' is not a journal: line " + std::to_string(number) + " " + why);
+    };
+    std::streambuf& buffer = *in.rdbuf();
+    size_t bytes = 0;
+    bool command_seen = false;
+    for (;;) {
+        const size_t number = lines.size() + 1;
+        if (number % 1024 == 0 && interrupted()) {
+            return error("Interrupted: reading '" + path + "' stopped at line " +
+                         std::to_string(number));
+        }
+        std::string line;
+        bool any = false;
+        for (int c = buffer.sbumpc(); c != std::char_traits<char>::eof(); c = buffer.sbumpc()) {
+            any = true;
+            if (c == '\n') {
+                break;
+            }
+            if (c == 0) {
+                return refuse(number, "holds binary data");
+            }
+            if (line.size() >= kMaxJournalLine) {
+                return refuse(number,
+                              "is longer than " + std::to_string(kMaxJournalLine) + " characters");
+            }
+            line.push_back(static_cast<char>(c));
+        }
+        if (!any) {
+            return true;
+        }
+        bytes += line.size() + 1;
+        if (bytes > kMaxJournalBytes) {
+            return error("'" + path + "' is not a journal: it is longer than " +
+                         std::to_string(kMaxJournalBytes) + " bytes");
+        }
         if (!line.empty() && line.back() == '\r') {
             line.pop_back();
         }
+        if (!command_seen) {
+            if (!begins_command(line)) {
+                return refuse(number, "does not start with a command");
+            }
+            const std::string text = trim(line);
+            command_seen = !text.empty() && (!text.starts_with('#') || text.starts_with("#{"));
+        }
         lines.push_back(std::move(line));
+    }
+}
+
+} // namespace
+
+bool playback_file(const std::string& path) {
+    std::vector<std::string> lines;
+    if (!read_journal(path, lines)) {
+        return false;
     }
     state().paused_lines.clear();
     state().paused_file.clear();

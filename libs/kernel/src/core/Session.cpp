@@ -29,6 +29,7 @@ void reset_session_state() {
     s.undo_stack.clear();
     s.last_cmd_undoable = false;
     s.history.clear();
+    s.history_chars = 0;
     s.history_cursor = 0;
     s.echo = true;
     s.journal_on = false;

@@ -65,9 +65,14 @@ struct SessionState {
     std::vector<UndoStep> undo_stack; // last = most recent
     bool last_cmd_undoable = false;
 
-    // History: every top-level line, 1-based to clients. `history_cursor` is the position of the
-    // previous/next navigation, history.size() when at the end.
+    // History: the top-level lines, 1-based to clients. `history_cursor` is the position of the
+    // previous/next navigation, history.size() when at the end. Bounded: the oldest lines are
+    // dropped beyond kMaxHistoryLines lines or kMaxHistoryChars characters in all (the newest
+    // line is always kept), so that a long-running session does not grow without end.
+    static constexpr size_t kMaxHistoryLines = 1000;
+    static constexpr size_t kMaxHistoryChars = size_t{16} << 20;
     std::vector<std::string> history;
+    size_t history_chars = 0;
     size_t history_cursor = 0;
 
     // Journal and echo.

@@ -22,6 +22,13 @@ std::string ValfoldValue::to_string() const {
 
 namespace {
 
+// Text of the user's expression inside an error message: long expressions are cut, so that a
+// mistake in a generated line does not flood the error channel.
+std::string excerpt(std::string_view text) {
+    constexpr size_t kShown = 60;
+    return text.size() <= kShown ? std::string(text) : std::string(text.substr(0, kShown)) + "...";
+}
+
 // Recursive-descent evaluator over one statement. Assignments go to `pending`, which the caller
 // commits only when the whole line evaluated.
 class Evaluator {
@@ -64,6 +71,31 @@ private:
         return name == "pi" || name == "PI" || name == "e";
     }
 
+    // Holds one level of recursion; the parse fails once the nesting is deeper than the stack
+    // of the kernel thread can safely take.
+    class Nesting {
+    public:
+        explicit Nesting(Evaluator& e) : e(e) { ++e.depth; }
+        ~Nesting() { --e.depth; }
+        Nesting(const Nesting&) = delete;
+        Nesting& operator=(const Nesting&) = delete;
+        bool ok() const {
+            return e.depth <= kMaxValfoldNesting ||
+                   e.fail("expression nested more than " + std::to_string(kMaxValfoldNesting) +
+                          " levels deep");
+        }
+
+    private:
+        Evaluator& e;
+    };
+
+    bool finite(ValfoldValue& value, char op) {
+        if (!std::isfinite(value.number)) {
+            return fail(std::string("result of '") + op + "' is not a finite number");
+        }
+        return true;
+    }
+
     bool fail(const std::string& text_) {
         if (error_text.empty()) {
             error_text = text_;
@@ -80,7 +112,7 @@ private:
     bool finished() {
         skip();
         if (pos < text.size()) {
-            return fail("unexpected '" + std::string(text.substr(pos)) + "'");
+            return fail("unexpected '" + excerpt(text.substr(pos)) + "'");
         }
         return true;
     }
@@ -124,7 +156,12 @@ private:
                 return false;
             }
             if (op == '+' && (value.is_string || rhs.is_string)) {
-                value.text = value.to_string() + rhs.to_string();
+                const std::string left = value.to_string(), right = rhs.to_string();
+                if (left.size() + right.size() > kMaxValfoldString) {
+                    return fail("a string may hold at most " + std::to_string(kMaxValfoldString) +
+                                " characters");
+                }
+                value.text = left + right;
                 value.is_string = true;
                 continue;
             }
@@ -132,6 +169,9 @@ private:
                 return false;
             }
             value.number = op == '+' ? value.number + rhs.number : value.number - rhs.number;
+            if (!finite(value, op)) {
+                return false;
+            }
         }
     }
 
@@ -157,6 +197,9 @@ private:
             } else {
                 value.number *= rhs.number;
             }
+            if (!finite(value, op)) {
+                return false;
+            }
         }
     }
 
@@ -167,13 +210,14 @@ private:
         skip();
         if (pos < text.size() && text[pos] == '^') {
             ++pos;
+            const Nesting nesting(*this);
             ValfoldValue rhs;
-            if (!power(rhs) || !need_numbers(value, rhs, '^')) {
+            if (!nesting.ok() || !power(rhs) || !need_numbers(value, rhs, '^')) {
                 return false;
             }
             value.number = std::pow(value.number, rhs.number);
-            if (!std::isfinite(value.number)) {
-                return fail("result of '^' is not a finite number");
+            if (!finite(value, '^')) {
+                return false;
             }
         }
         return true;
@@ -183,7 +227,8 @@ private:
         skip();
         if (pos < text.size() && (text[pos] == '-' || text[pos] == '+')) {
             const char op = text[pos++];
-            if (!unary(value)) {
+            const Nesting nesting(*this);
+            if (!nesting.ok() || !unary(value)) {
                 return false;
             }
             if (value.is_string) {
@@ -256,7 +301,8 @@ private:
         const char c = text[pos];
         if (c == '(') {
             ++pos;
-            if (!expression(value)) {
+            const Nesting nesting(*this);
+            if (!nesting.ok() || !expression(value)) {
                 return false;
             }
             skip();
@@ -282,7 +328,7 @@ private:
             const auto [ptr, ec] =
                 std::from_chars(text.data() + pos, text.data() + text.size(), number);
             if (ec != std::errc()) {
-                return fail("bad number at '" + std::string(text.substr(pos)) + "'");
+                return fail("bad number at '" + excerpt(text.substr(pos)) + "'");
             }
             pos = static_cast<size_t>(ptr - text.data());
             value = {};
@@ -294,6 +340,10 @@ private:
             skip();
             if (pos < text.size() && text[pos] == '(') {
                 ++pos;
+                const Nesting nesting(*this);
+                if (!nesting.ok()) {
+                    return false;
+                }
                 std::vector<ValfoldValue> args;
                 skip();
                 if (pos < text.size() && text[pos] == ')') {
@@ -344,11 +394,47 @@ private:
 
     std::string_view text;
     size_t pos = 0;
+    int depth = 0;
     const std::map<std::string, ValfoldValue>& vars;
     std::map<std::string, ValfoldValue>& pending;
 };
 
 } // namespace
+
+bool Valfold::commit(std::map<std::string, ValfoldValue>& pending, std::string& error_text) {
+    size_t count = variables.size();
+    size_t chars = text_chars;
+    for (const auto& [name, v] : pending) {
+        auto it = variables.find(name);
+        if (it == variables.end()) {
+            ++count;
+        } else {
+            chars -= it->second.text.size();
+        }
+        chars += v.text.size();
+    }
+    if (count > kMaxValfoldVariables) {
+        error_text =
+            "a session holds at most " + std::to_string(kMaxValfoldVariables) + " variables";
+        return false;
+    }
+    if (chars > kMaxValfoldTotal) {
+        error_text = "the variables of a session hold at most " + std::to_string(kMaxValfoldTotal) +
+                     " characters of text";
+        return false;
+    }
+    for (auto& [name, v] : pending) {
+        variables[name] = std::move(v);
+    }
+    text_chars = chars;
+    return true;
+}
+
+void Valfold::set(const std::string& name, ValfoldValue value) {
+    std::map<std::string, ValfoldValue> pending{{name, std::move(value)}};
+    std::string ignored;
+    commit(pending, ignored);
+}
 
 bool Valfold::evaluate(std::string_view statement, ValfoldValue& value, bool& defined,
                        std::string& error_text) {
@@ -359,8 +445,8 @@ bool Valfold::evaluate(std::string_view statement, ValfoldValue& value, bool& de
         error_text = evaluator.error_text;
         return false;
     }
-    for (auto& [name, v] : pending) {
-        variables[name] = v;
+    if (!commit(pending, error_text)) {
+        return false;
     }
     defined = defined || was_defined;
     return true;
@@ -396,12 +482,17 @@ bool Valfold::substitute(std::string_view line, std::string& out, bool& defined,
             ValfoldValue value;
             bool was_defined = false;
             if (!evaluator.statement(value, was_defined)) {
-                error_text = "in #{" + std::string(statement) + "}: " + evaluator.error_text;
+                error_text = "in #{" + excerpt(statement) + "}: " + evaluator.error_text;
                 return false;
             }
             any_defined = any_defined || was_defined;
             if (!was_defined) {
                 out += value.to_string();
+            }
+            if (out.size() > kMaxValfoldLine) {
+                error_text = "the line grows beyond " + std::to_string(kMaxValfoldLine) +
+                             " characters through its #{...}";
+                return false;
             }
             i = j + 1;
             continue;
@@ -418,8 +509,8 @@ bool Valfold::substitute(std::string_view line, std::string& out, bool& defined,
         out += c;
         ++i;
     }
-    for (auto& [name, v] : pending) {
-        variables[name] = v;
+    if (!commit(pending, error_text)) {
+        return false;
     }
     defined = any_defined;
     return true;

@@ -14,6 +14,13 @@
 // A definition substitutes to nothing, so a line holding only definitions runs no command.
 // Numbers substitute in their shortest exact form ("2.5", "3", "0.1").
 //
+// Limits, each refused with an error and no variable changed: nesting deeper than
+// kMaxValfoldNesting levels (each parenthesis, function call, unary sign and '^' of a chain is
+// one; the evaluator is recursive and runs on the kernel thread's stack), strings longer than
+// kMaxValfoldString characters, a substituted line longer than kMaxValfoldLine, results that are
+// not finite numbers, and more than kMaxValfoldVariables variables or kMaxValfoldTotal characters
+// of text in all of them.
+//
 // Threading: kernel thread only.
 
 #include <map>
@@ -22,6 +29,12 @@
 #include <vector>
 
 namespace tarvo::kernel {
+
+inline constexpr int kMaxValfoldNesting = 200;
+inline constexpr size_t kMaxValfoldString = size_t{1} << 20;
+inline constexpr size_t kMaxValfoldLine = 2 * kMaxValfoldString;
+inline constexpr size_t kMaxValfoldVariables = 10000;
+inline constexpr size_t kMaxValfoldTotal = size_t{64} << 20;
 
 struct ValfoldValue {
     bool is_string = false;
@@ -44,12 +57,21 @@ public:
                   std::string& error_text);
 
     bool get(const std::string& name, ValfoldValue& value) const;
-    void set(const std::string& name, ValfoldValue value) { variables[name] = std::move(value); }
+    // Ignored when it would break the limits on the variables.
+    void set(const std::string& name, ValfoldValue value);
     std::vector<std::string> names() const;
-    void clear() { variables.clear(); }
+    void clear() {
+        variables.clear();
+        text_chars = 0;
+    }
 
 private:
+    // Takes the definitions of a line over, unless the variables would then be more than
+    // kMaxValfoldVariables or hold more than kMaxValfoldTotal characters of text.
+    bool commit(std::map<std::string, ValfoldValue>& pending, std::string& error_text);
+
     std::map<std::string, ValfoldValue> variables;
+    size_t text_chars = 0; // of all string values
 };
 
 // Shortest text that reads back as the same double ("2.5", "3", "1e+20").

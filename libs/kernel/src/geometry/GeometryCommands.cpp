@@ -50,15 +50,19 @@ bool pattern_keys(Cursor& c, std::vector<EntityKey>& keys) {
     return true;
 }
 
-bool need_number(Cursor& c, double& v, const char* after) {
-    if (c.number(v))
-        return true;
-    return c.fail(std::string("expected a number after '") + after + "'");
+// Every length, coordinate and direction of these commands is read through need_length, so
+// that no command can put the model beyond the size that the kernel works at (Command.h).
+bool need_length(Cursor& c, double& v) {
+    return c.length(v) || c.fail(c.expectation());
 }
 
-bool read_point(Cursor& c, gp_Pnt& p, const char* after) {
+bool need_number(Cursor& c, double& v) {
+    return c.number(v) || c.fail(c.expectation());
+}
+
+bool read_point(Cursor& c, gp_Pnt& p) {
     double x, y, z;
-    if (!need_number(c, x, after) || !need_number(c, y, after) || !need_number(c, z, after))
+    if (!need_length(c, x) || !need_length(c, y) || !need_length(c, z))
         return false;
     p = gp_Pnt(x, y, z);
     return true;
@@ -68,7 +72,7 @@ bool read_point(Cursor& c, gp_Pnt& p, const char* after) {
 bool placement(Cursor& c, gp_Pnt& at, Axis& axis, bool allow_axis = true) {
     while (!c.at_end()) {
         if (c.keyword("at")) {
-            if (!read_point(c, at, "at"))
+            if (!read_point(c, at))
                 return false;
         } else if (allow_axis && c.keyword("axis")) {
             int which = 0;
@@ -82,10 +86,10 @@ bool placement(Cursor& c, gp_Pnt& at, Axis& axis, bool allow_axis = true) {
     return true;
 }
 
-bool keyword_number(Cursor& c, const char* word, double& v) {
+bool keyword_length(Cursor& c, const char* word, double& v) {
     if (!c.keyword(word))
         return c.fail(std::string("expected '") + word + "'");
-    return need_number(c, v, word);
+    return need_length(c, v);
 }
 
 const std::map<std::string, std::array<double, 3>>& colour_table() {
@@ -114,26 +118,41 @@ const std::map<std::string, std::array<double, 3>>& colour_table() {
     return table;
 }
 
-bool cmd_create_box(Cursor& c) {
-    double dx, dy, dz;
-    c.keyword("width") || c.keyword("x");
-    if (!need_number(c, dx, "box"))
+bool is_number_token(const Token& t) {
+    if (t.quoted || t.comma || t.text.empty())
         return false;
-    dy = dz = dx;
-    c.keyword("depth") || c.keyword("y");
-    if (c.number(dy)) {
-        c.keyword("height") || c.keyword("z");
-        if (!need_number(c, dz, "box"))
-            return false;
+    char* end = nullptr;
+    std::strtod(t.text.c_str(), &end);
+    return end && *end == '\0';
+}
+
+bool cmd_create_box(Cursor& c) {
+    // One size makes a cube, three make a box; the words in front are optional.
+    static constexpr const char* kWords[3][2] = {{"width", "x"}, {"depth", "y"}, {"height", "z"}};
+    double size[3];
+    int count = 0;
+    for (; count < 3; ++count) {
+        const std::size_t at = c.pos();
+        const bool named = c.keyword(kWords[count][0]) || c.keyword(kWords[count][1]);
+        if (!c.length(size[count])) {
+            if (named || count == 0 || (c.peek() && is_number_token(*c.peek())))
+                return c.fail(c.expectation());
+            c.set_pos(at);
+            break;
+        }
     }
+    if (count == 2)
+        return c.fail("create box takes one size (a cube) or three (<dx> <dy> <dz>), not two");
+    if (count == 1)
+        size[1] = size[2] = size[0];
     gp_Pnt at(0, 0, 0);
     Axis axis = Axis::Z;
-    return placement(c, at, axis, false) && geo().create_box(dx, dy, dz, at);
+    return placement(c, at, axis, false) && geo().create_box(size[0], size[1], size[2], at);
 }
 
 bool cmd_create_cylinder(Cursor& c) {
     double r, h;
-    if (!keyword_number(c, "radius", r) || !keyword_number(c, "height", h))
+    if (!keyword_length(c, "radius", r) || !keyword_length(c, "height", h))
         return false;
     gp_Pnt at(0, 0, 0);
     Axis axis = Axis::Z;
@@ -142,10 +161,10 @@ bool cmd_create_cylinder(Cursor& c) {
 
 bool cmd_create_sphere(Cursor& c) {
     double r, inner = 0;
-    if (!keyword_number(c, "radius", r))
+    if (!keyword_length(c, "radius", r))
         return false;
     if (c.keyword("inner")) {
-        if (!keyword_number(c, "radius", inner))
+        if (!keyword_length(c, "radius", inner))
             return false;
     }
     gp_Pnt at(0, 0, 0);
@@ -155,13 +174,13 @@ bool cmd_create_sphere(Cursor& c) {
 
 bool cmd_create_cone(Cursor& c) {
     double r, top = 0, h;
-    if (!keyword_number(c, "radius", r))
+    if (!keyword_length(c, "radius", r))
         return false;
     if (c.keyword("top")) {
-        if (!keyword_number(c, "radius", top))
+        if (!keyword_length(c, "radius", top))
             return false;
     }
-    if (!keyword_number(c, "height", h))
+    if (!keyword_length(c, "height", h))
         return false;
     gp_Pnt at(0, 0, 0);
     Axis axis = Axis::Z;
@@ -170,9 +189,9 @@ bool cmd_create_cone(Cursor& c) {
 
 bool cmd_create_torus(Cursor& c) {
     double major, minor;
-    if (!c.keyword("major") || !keyword_number(c, "radius", major))
+    if (!c.keyword("major") || !keyword_length(c, "radius", major))
         return c.fail("expected 'major radius <R>'");
-    if (!c.keyword("minor") || !keyword_number(c, "radius", minor))
+    if (!c.keyword("minor") || !keyword_length(c, "radius", minor))
         return c.fail("expected 'minor radius <r>'");
     gp_Pnt at(0, 0, 0);
     Axis axis = Axis::Z;
@@ -181,7 +200,7 @@ bool cmd_create_torus(Cursor& c) {
 
 bool cmd_create_vertex(Cursor& c) {
     gp_Pnt p;
-    if (!read_point(c, p, "vertex"))
+    if (!read_point(c, p))
         return false;
     return c.expect_end() && geo().create_vertex(p);
 }
@@ -203,25 +222,17 @@ bool cmd_create_surface(Cursor& c) {
     Axis axis = Axis::Z;
     if (which == 0) {
         double w, h;
-        if (!keyword_number(c, "width", w))
+        if (!keyword_length(c, "width", w))
             return false;
         h = w;
-        if (c.keyword("height") && !need_number(c, h, "height"))
+        if (c.keyword("height") && !need_length(c, h))
             return false;
         return placement(c, at, axis) && geo().create_rectangle(w, h, at, axis);
     }
     double r;
-    if (!keyword_number(c, "radius", r))
+    if (!keyword_length(c, "radius", r))
         return false;
     return placement(c, at, axis) && geo().create_circle(r, at, axis);
-}
-
-bool is_number_token(const Token& t) {
-    if (t.quoted || t.comma || t.text.empty())
-        return false;
-    char* end = nullptr;
-    std::strtod(t.text.c_str(), &end);
-    return end && *end == '\0';
 }
 
 bool cmd_move(Cursor& c) {
@@ -238,18 +249,18 @@ bool cmd_move(Cursor& c) {
             return false;
         c.set_pos(n - 3);
         gp_Pnt p;
-        return read_point(c, p, "to") && geo().move_to(keys, p);
+        return read_point(c, p) && geo().move_to(keys, p);
     }
     if (!read_list(c, keys))
         return false;
     gp_Pnt p;
     if (c.keyword("by")) {
-        if (!read_point(c, p, "by") || !c.expect_end())
+        if (!read_point(c, p) || !c.expect_end())
             return false;
         return geo().move_by(keys, gp_Vec(p.X(), p.Y(), p.Z()));
     }
     if (c.keyword("to")) {
-        if (!read_point(c, p, "to") || !c.expect_end())
+        if (!read_point(c, p) || !c.expect_end())
             return false;
         return geo().move_to(keys, p);
     }
@@ -259,7 +270,7 @@ bool cmd_move(Cursor& c) {
     int which = 0;
     while (c.choice({"x", "y", "z"}, which)) {
         double d;
-        if (!need_number(c, d, "x"))
+        if (!need_length(c, d))
             return false;
         v.SetCoord(which + 1, d);
         any = true;
@@ -274,8 +285,10 @@ bool cmd_rotate(Cursor& c) {
     if (!read_list(c, keys))
         return false;
     double angle;
-    if (!keyword_number(c, "angle", angle))
-        return false;
+    if (!c.keyword("angle"))
+        return c.fail("expected 'angle'");
+    if (!c.angle(angle))
+        return c.fail(c.expectation());
     if (!c.keyword("about"))
         return c.fail("expected 'about x|y|z|axis'");
     gp_Dir dir(0, 0, 1);
@@ -285,7 +298,7 @@ bool cmd_rotate(Cursor& c) {
             dir = gp_Dir(which == 0, which == 1, which == 2);
         } else {
             gp_Pnt d;
-            if (!read_point(c, d, "axis"))
+            if (!read_point(c, d))
                 return false;
             if (d.XYZ().Modulus() < 1e-12)
                 return c.fail("the rotation axis must not be zero");
@@ -295,7 +308,7 @@ bool cmd_rotate(Cursor& c) {
         return c.fail("expected x, y, z or axis after 'about'");
     }
     gp_Pnt origin(0, 0, 0);
-    if (c.keyword("origin") && !read_point(c, origin, "origin"))
+    if (c.keyword("origin") && !read_point(c, origin))
         return false;
     return c.expect_end() && geo().rotate(keys, angle, dir, origin);
 }
@@ -303,7 +316,11 @@ bool cmd_rotate(Cursor& c) {
 bool cmd_scale(Cursor& c) {
     std::vector<EntityKey> keys;
     double f;
-    if (!read_list(c, keys) || !keyword_number(c, "factor", f))
+    if (!read_list(c, keys))
+        return false;
+    if (!c.keyword("factor"))
+        return c.fail("expected 'factor <f>'");
+    if (!need_number(c, f))
         return false;
     return c.expect_end() && geo().scale(keys, f);
 }
@@ -313,7 +330,7 @@ bool cmd_reflect(Cursor& c) {
     if (!read_list(c, keys))
         return false;
     gp_Pnt n;
-    if (!c.keyword("normal") || !read_point(c, n, "normal"))
+    if (!c.keyword("normal") || !read_point(c, n))
         return c.fail("expected 'normal <nx> <ny> <nz>'");
     if (n.XYZ().Modulus() < 1e-12)
         return c.fail("the normal must not be zero");
@@ -327,7 +344,7 @@ bool cmd_copy(Cursor& c) {
     std::optional<gp_Vec> move;
     if (c.keyword("move")) {
         gp_Pnt p;
-        if (!read_point(c, p, "move"))
+        if (!read_point(c, p))
             return false;
         move = gp_Vec(p.X(), p.Y(), p.Z());
     }
@@ -373,19 +390,19 @@ bool cmd_webcut(Cursor& c) {
     int which = 0;
     if (c.keyword("normal")) {
         gp_Pnt n;
-        if (!read_point(c, n, "normal"))
+        if (!read_point(c, n))
             return false;
         if (n.XYZ().Modulus() < 1e-12)
             return c.fail("the normal must not be zero");
         normal = gp_Dir(n.XYZ());
-        if (!c.keyword("point") || !read_point(c, point, "point"))
+        if (!c.keyword("point") || !read_point(c, point))
             return c.fail("expected 'point <x> <y> <z>'");
     } else if (c.choice({"x", "y", "z", "xplane", "yplane", "zplane"}, which)) {
         which %= 3;
         normal = gp_Dir(which == 0, which == 1, which == 2);
         if (c.keyword("offset")) {
             double off;
-            if (!need_number(c, off, "offset"))
+            if (!need_length(c, off))
                 return false;
             point.SetCoord(which + 1, off);
         }
@@ -418,7 +435,7 @@ bool cmd_unmerge(Cursor& c) {
 
 bool cmd_delete(Cursor& c) {
     std::vector<EntityKey> keys;
-    if (!read_list(c, keys))
+    if (!read_list(c, keys, true))
         return false;
     return c.expect_end() && geo().remove(keys);
 }
@@ -488,7 +505,7 @@ bool cmd_color(Cursor& c) {
     std::array<double, 4> rgba{0, 0, 0, 1};
     if (c.keyword("rgb")) {
         for (int i = 0; i < 3; ++i) {
-            if (!need_number(c, rgba[static_cast<std::size_t>(i)], "rgb"))
+            if (!need_number(c, rgba[static_cast<std::size_t>(i)]))
                 return false;
             if (rgba[static_cast<std::size_t>(i)] < 0 || rgba[static_cast<std::size_t>(i)] > 1)
                 return c.fail("colour components are between 0 and 1");
@@ -552,7 +569,7 @@ void register_geometry_commands() {
         {"imprint", cmd_imprint, true, "imprint <list>|all"},
         {"merge", cmd_merge, true, "merge <list>|all"},
         {"unmerge", cmd_unmerge, true, "unmerge <list>|all"},
-        {"delete", cmd_delete, true, "delete <geometry list>"},
+        {"delete", cmd_delete, true, "delete <geometry list>|all"},
         {"heal", cmd_heal, true, "heal <list>|all"},
         {"import step", cmd_import("step"), true, "import step '<file>' [heal] [nonames]"},
         {"import iges", cmd_import("iges"), true, "import iges '<file>' [heal] [nonames]"},

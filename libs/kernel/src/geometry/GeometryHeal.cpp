@@ -90,7 +90,10 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
         // Healing works on a copy: published shapes are shared with snapshots.
         BRepBuilderAPI_Copy copier(body->shape);
         ShapeFix_Shape fix(copier.Shape());
-        fix.Perform();
+        Handle(OccProgress) pi = new OccProgress(nullptr);
+        fix.Perform(pi->Start());
+        if (interrupted())
+            return error("Interrupted");
         if (fix.Status(ShapeExtend_DONE)) {
             HistoryView fixed{*fix.Context()->History()};
             GeometryModel::IdHints hints;
@@ -119,7 +122,8 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
     BRepBuilderAPI_Sewing sew(std::max(1e-6, 1e-5 * std::sqrt(box.SquareExtent())));
     for (const TopoDS_Shape& f : faces)
         sew.Add(f);
-    sew.Perform();
+    Handle(OccProgress) sew_progress = new OccProgress(progress, 100.0 * done / total, 90);
+    sew.Perform(sew_progress->Start());
     if (interrupted())
         return error("Interrupted");
     // Sewn faces keep their surfaces' ids; of the edges and vertices sewn into one, the first
@@ -143,7 +147,8 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
             BRepBuilderAPI_MakeSolid ms(shell);
             if (ms.IsDone()) {
                 ShapeFix_Solid fix(ms.Solid());
-                fix.Perform();
+                Handle(OccProgress) pi = new OccProgress(nullptr);
+                fix.Perform(pi->Start());
                 parts.push_back(fix.Solid());
                 ++solids_made;
                 continue;
@@ -160,7 +165,10 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
         model.remove_body(bid);
     for (std::size_t i = 0; i < parts.size(); ++i) {
         ShapeFix_Shape fix(parts[i]);
-        fix.Perform();
+        Handle(OccProgress) pi = new OccProgress(nullptr);
+        fix.Perform(pi->Start());
+        if (interrupted())
+            return error("Interrupted");
         HistoryView fixed{*fix.Context()->History()};
         GeometryModel::IdHints final_hints;
         for (GeomKind kind :

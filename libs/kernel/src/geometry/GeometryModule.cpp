@@ -1,12 +1,15 @@
 #include "geometry/GeometryModule.h"
 
+#include "core/Command.h"
 #include "core/Guard.h"
 
 #include "core/Session.h"
 #include "geometry/GeometryInternal.h"
 
+#include <BRepBndLib.hxx>
 #include <BRepCheck_Analyzer.hxx>
 #include <BRep_Builder.hxx>
+#include <Bnd_Box.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Message_PrinterOStream.hxx>
@@ -16,6 +19,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <memory>
 #include <set>
 #include <sstream>
 
@@ -57,7 +62,67 @@ bool guarded(const char* what, const std::function<bool()>& body) {
 
 namespace geometry_detail {
 
+namespace {
+// A changed body is kept only when it is finite and within the size of a model (Command.h), and
+// valid when what it was made from was valid: OpenCASCADE's algorithms can answer broken or
+// overflowing shapes, and a model must never hold them. An operation that makes bodies from
+// nothing (primitives from checked numbers, imports, which keep invalid pieces with a warning)
+// is checked for size only. Throws, so that the operation fails and its Transaction rolls back.
+void check_changed_bodies(const GeometryModel& model, const GeometryState& before) {
+    std::vector<BodyPtr> changed;
+    for (int id : model.ids(GeomKind::Body)) {
+        const BodyPtr body = model.body(id);
+        const auto it = before.bodies.find(id);
+        if (body && (it == before.bodies.end() || it->second != body))
+            changed.push_back(body);
+    }
+    if (changed.empty())
+        return;
+    const double limit = kMaxModelExtent * (1 + 1e-9); // room for tolerances only
+    for (const BodyPtr& body : changed) {
+        Bnd_Box box;
+        BRepBndLib::Add(body->shape, box, false);
+        if (box.IsVoid())
+            continue;
+        double b[6];
+        box.Get(b[0], b[1], b[2], b[3], b[4], b[5]);
+        if (box.IsOpen() ||
+            std::any_of(b, b + 6, [&](double v) { return !(std::abs(v) <= limit); }))
+            throw std::runtime_error("the result would reach beyond the size of a model "
+                                     "(coordinates at most 1e7 in magnitude)");
+    }
+    // Bodies are immutable, so a body's validity is known for its life: each is analysed once.
+    static std::map<std::weak_ptr<const Body>, bool, std::owner_less<>> known;
+    static std::size_t pruned_at = 0;
+    if (known.size() > 2 * pruned_at + 64) {
+        std::erase_if(known, [](const auto& entry) { return entry.first.expired(); });
+        pruned_at = known.size();
+    }
+    const auto valid = [](const BodyPtr& body) {
+        const auto [it, added] = known.try_emplace(body, false);
+        if (added)
+            it->second = shape_is_valid(body->shape);
+        return it->second;
+    };
+    bool inputs_valid = false;
+    for (const auto& [id, body] : before.bodies) {
+        if (model.body(id) == body)
+            continue;
+        if (!valid(body))
+            return;
+        inputs_valid = true;
+    }
+    if (!inputs_valid)
+        return;
+    for (const BodyPtr& body : changed)
+        if (!valid(body))
+            throw std::runtime_error("OpenCASCADE gave back invalid geometry for body " +
+                                     std::to_string(body->id));
+}
+} // namespace
+
 void Transaction::commit(const std::vector<GeomEvent>& extra) {
+    check_changed_bodies(model_, before_);
     model_.prune_attributes();
     done_ = true;
     for (const GeomEvent& e : model_.diff(before_))
