@@ -202,7 +202,8 @@ TEST_F(GeometryFilesTest, StepAndIgesExportKeepNamesColoursAndTheTree) {
             out.insert(get_entity_name("volume", v, true) + rgb);
         }
         for (const AssemblyItem& item : get_assembly_items())
-            out.insert(item.type + " " + item.path + " " + std::to_string(item.level));
+            out.insert(item.type + " " + item.path + " " + std::to_string(item.level) + " " +
+                       std::to_string(item.instance));
         return out;
     };
     const auto before = snapshot();

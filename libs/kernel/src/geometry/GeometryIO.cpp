@@ -29,6 +29,7 @@
 #include <XCAFDoc_ShapeTool.hxx>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -320,6 +321,15 @@ std::string unique_name(const GeometryModel& model, GeomKind kind, const std::st
     }
 }
 
+bool same_placement(const gp_Trsf& a, const gp_Trsf& b) {
+    for (int row = 1; row <= 3; ++row)
+        for (int col = 1; col <= 4; ++col)
+            if (std::abs(a.Value(row, col) - b.Value(row, col)) >
+                (col == 4 ? 1e-7 * (1 + std::abs(a.Value(row, col))) : 1e-9))
+                return false;
+    return true;
+}
+
 // Fills an XDE document with the exported bodies: the assembly tree as imported, for the parts
 // whose volumes are exported, then one part per other volume, then one per body without volumes.
 // Parts carry the names and colours of their volumes, faces the colours of their surfaces.
@@ -343,12 +353,41 @@ void fill_document(const GeometryModel& model, const std::vector<int>& bodies,
     // A part holds its shape without the placement, which goes to the component that uses it
     // (`placement`); without one the part holds the shape as placed. Each part is its own
     // product, so that instances keep their own names and colours.
+    // Instances of one product (same shape, name and colours, placed elsewhere) share one part.
+    struct Written {
+        TopoDS_Shape shape;
+        std::string look;
+        TDF_Label label;
+    };
+    std::vector<Written> written;
     auto add_part = [&](const TopoDS_Shape& shape, const std::string& name,
                         const std::vector<int>& vols, TopLoc_Location* placement) {
-        TDF_Label label =
-            shapes->AddShape(placement ? shape.Located(TopLoc_Location()) : shape, false, false);
-        if (placement)
+        const TopoDS_Shape unplaced = shape.Located(TopLoc_Location());
+        std::string look = name;
+        for (int v : vols)
+            if (const EntityAttributes* a = model.attributes(GeomKind::Volume, v);
+                a && a->has_color)
+                look += " v:" + std::to_string(a->color[0]) + "," + std::to_string(a->color[1]) +
+                        "," + std::to_string(a->color[2]);
+        std::vector<std::pair<TopoDS_Shape, Quantity_Color>> face_colors;
+        for (const TopoDS_Shape& face : GeometryModel::explore(shape, GeomKind::Surface)) {
+            const int id = model.id_of(GeomKind::Surface, face);
+            const EntityAttributes* a = id ? model.attributes(GeomKind::Surface, id) : nullptr;
+            if (!a || !a->has_color)
+                continue;
+            face_colors.emplace_back(face.Moved(shape.Location().Inverted()), from_srgb(a->color));
+            look += " f:" + std::to_string(a->color[0]) + "," + std::to_string(a->color[1]) + "," +
+                    std::to_string(a->color[2]);
+        }
+        if (placement) {
             *placement = shape.Location();
+            for (const Written& w : written)
+                if (w.shape.IsSame(unplaced) && w.look == look)
+                    return w.label;
+        }
+        TDF_Label label = shapes->AddShape(placement ? unplaced : shape, false, false);
+        if (placement)
+            written.push_back({unplaced, look, label});
         set_name(label, name);
         for (int v : vols) {
             const EntityAttributes* a = model.attributes(GeomKind::Volume, v);
@@ -361,19 +400,21 @@ void fill_document(const GeometryModel& model, const std::vector<int>& bodies,
             if (!target.IsNull())
                 colors->SetColor(target, from_srgb(a->color), XCAFDoc_ColorGen);
         }
-        const TopoDS_Shape stored = XCAFDoc_ShapeTool::GetShape(label);
-        for (const TopoDS_Shape& face : GeometryModel::explore(stored, GeomKind::Surface)) {
-            const int id = model.id_of(GeomKind::Surface, face);
-            const EntityAttributes* a = id ? model.attributes(GeomKind::Surface, id) : nullptr;
-            if (!a || !a->has_color)
-                continue;
-            TDF_Label sub = shapes->AddSubShape(label, face);
+        for (const auto& [face, color] : face_colors) {
+            TDF_Label sub =
+                shapes->AddSubShape(label, placement ? face : face.Moved(shape.Location()));
             if (!sub.IsNull())
-                colors->SetColor(sub, from_srgb(a->color), XCAFDoc_ColorSurf);
+                colors->SetColor(sub, color, XCAFDoc_ColorSurf);
         }
         return label;
     };
     const std::vector<AssemblyNode>& tree = model.state().assembly;
+    struct WrittenAssembly {
+        std::string name;
+        std::vector<std::pair<TDF_Label, TopLoc_Location>> children;
+        TDF_Label label;
+    };
+    std::vector<WrittenAssembly> assemblies;
     std::set<int> placed;
     std::function<TDF_Label(const AssemblyNode&, TopLoc_Location&)> build =
         [&](const AssemblyNode& node, TopLoc_Location& placement) {
@@ -399,10 +440,29 @@ void fill_document(const GeometryModel& model, const std::vector<int>& bodies,
             }
             if (children.empty())
                 return TDF_Label();
+            // The model keeps parts where they are, not where their assembly puts them: an
+            // assembly with the same name and parts as one written before, all moved by one
+            // placement, is another instance of it.
+            for (const WrittenAssembly& w : assemblies) {
+                if (w.name != node.name || w.children.size() != children.size())
+                    continue;
+                const gp_Trsf moved = children.front().second.Transformation() *
+                                      w.children.front().second.Transformation().Inverted();
+                bool same = true;
+                for (std::size_t i = 0; i < children.size() && same; ++i)
+                    same = children[i].first == w.children[i].first &&
+                           same_placement(children[i].second.Transformation(),
+                                          moved * w.children[i].second.Transformation());
+                if (same) {
+                    placement = TopLoc_Location(moved);
+                    return w.label;
+                }
+            }
             TDF_Label label = shapes->NewShape();
             set_name(label, node.name);
             for (const auto& [c, where] : children)
                 shapes->AddComponent(label, c, where);
+            assemblies.push_back({node.name, children, label});
             placement = TopLoc_Location();
             return label;
         };
