@@ -124,9 +124,10 @@ bool execute(std::string_view line, const RegisteredCommand*& command) {
     // "delete") is one the user meant: say that it is not there yet rather than misparse it.
     const PlannedCommand planned = planned_command(tokens);
     if (!found.ambiguous && planned.words > (found.command ? found.command->words.size() : 0)) {
+        const std::string topic =
+            planned.heading.starts_with("<list> ") ? planned.heading.substr(7) : planned.heading;
         return error("'" + planned.heading +
-                     "' is planned but not built in this kernel yet (help " + planned.heading +
-                     ")");
+                     "' is planned but not built in this kernel yet (help " + topic + ")");
     }
     if (!found.command) {
         return error(found.error_text);
