@@ -210,6 +210,25 @@ TEST_F(GeometryOperationsTest, UniteLeavesNoSeamsAndKeepsIdsByHistory) {
     }
 }
 
+TEST_F(GeometryOperationsTest, UniteKeepsAMergeWithABodyOutsideIt) {
+    // Box 3 sits on the side y = 5 of box 2, merged to it; box 1 continues that side.
+    run("create box 10");
+    run("create box 10 at 10 0 0");
+    run("create box 4 at 12 7 0");
+    run("imprint volume 2 3");
+    run("merge volume 2 3");
+    run("unite volume 1 2");
+    int shared = 0;
+    for (int s : get_entities("surface"))
+        if (is_merged("surface", s)) {
+            ++shared;
+            EXPECT_EQ(get_relatives("surface", s, "volume"), (std::vector<int>{1, 3}));
+            EXPECT_NEAR(get_surface_area(s), 16, 1e-9);
+        }
+    EXPECT_EQ(shared, 1);
+    EXPECT_NEAR(get_volume_area(1), 2000, 1e-6);
+}
+
 TEST_F(GeometryOperationsTest, HealingAHealthyBodyChangesNothing) {
     run("create box 10");
     run("create cylinder radius 2 height 5 at 20 0 0");

@@ -16,6 +16,7 @@
 #include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopTools_ListOfShape.hxx>
+#include <TopTools_MapOfShape.hxx>
 
 #include <algorithm>
 #include <set>
@@ -173,6 +174,19 @@ bool GeometryModule::unite(const std::vector<EntityKey>& list) {
         // The fuse leaves the seams of the operands: coplanar faces and collinear edges that
         // now meet are one surface and one curve to the user, so they are unified.
         ShapeUpgrade_UnifySameDomain unify(fuse.Shape(), true, true, false);
+        // A face merged with a body outside the unite stays as it is, edges and vertices too,
+        // or the two would no longer share it.
+        TopTools_MapOfShape keep;
+        for (int bid : bodies)
+            for (const IdShape& f : model_.body(bid)->surfaces)
+                for (int owner : model_.bodies_of(GeomKind::Surface, f.id))
+                    if (!std::count(bodies.begin(), bodies.end(), owner)) {
+                        for (TopExp_Explorer ex(f.shape, TopAbs_EDGE); ex.More(); ex.Next())
+                            keep.Add(ex.Current());
+                        for (TopExp_Explorer ex(f.shape, TopAbs_VERTEX); ex.More(); ex.Next())
+                            keep.Add(ex.Current());
+                    }
+        unify.KeepShapes(keep);
         unify.Build();
         if (interrupted())
             return error("Interrupted");
