@@ -482,7 +482,7 @@ CommandHandler cmd_export(const char* format) {
             if (!read_list(c, keys))
                 return false;
         }
-        return geo().export_file(format, path, overwrite, keys);
+        return c.expect_end() && geo().export_file(format, path, overwrite, keys);
     };
 }
 
