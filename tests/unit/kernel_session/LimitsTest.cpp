@@ -165,6 +165,21 @@ TEST_F(LimitsTest, FilesThatAreNotJournalsAreRefusedWithoutQuotingThem) {
     EXPECT_TRUE(model.volumes.empty());
 }
 
+// Interrupts every command as it starts (after the runner cleared the flag).
+class InterruptOnStart : public TarvoInterface::TIObserve {
+public:
+    void notify_command_start() override { TarvoInterface::set_tarvo_interrupt(true); }
+};
+
+TEST_F(LimitsTest, ReadingAJournalHonoursTheInterrupt) {
+    write_file("long.jou", repeat("#{x = 1}\n", 5000));
+    InterruptOnStart interrupter;
+    interrupter.register_observer();
+    const std::string error = rejected("playback 'long.jou'");
+    interrupter.unregister_observer();
+    EXPECT_EQ(error, "ERROR: Interrupted: reading 'long.jou' stopped at line 1024");
+}
+
 TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
     output->take();
