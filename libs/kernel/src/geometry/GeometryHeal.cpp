@@ -95,7 +95,9 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
         if (interrupted())
             return error("Interrupted");
         if (fix.Status(ShapeExtend_DONE)) {
-            HistoryView fixed{*fix.Context()->History()};
+            // The context builds a new history on each call: keep it alive while in use.
+            const Handle(BRepTools_History) history = fix.Context()->History();
+            HistoryView fixed{*history};
             GeometryModel::IdHints hints;
             add_hints(model, *body, {bid}, hints, [&](const TopoDS_Shape& s) {
                 return images_after(fixed, copier.ModifiedShape(s));
@@ -169,7 +171,8 @@ bool heal_bodies(GeometryModel& model, const std::vector<int>& bodies, Progress*
         fix.Perform(pi->Start());
         if (interrupted())
             return error("Interrupted");
-        HistoryView fixed{*fix.Context()->History()};
+        const Handle(BRepTools_History) history = fix.Context()->History();
+        HistoryView fixed{*history};
         GeometryModel::IdHints final_hints;
         for (GeomKind kind :
              {GeomKind::Volume, GeomKind::Surface, GeomKind::Curve, GeomKind::Vertex})
