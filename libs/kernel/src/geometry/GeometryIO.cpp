@@ -87,6 +87,7 @@ public:
         node.name = label_name(label);
         if (node.name.empty())
             node.name = label_name(instance_label);
+        const bool named = !node.name.empty();
         if (node.name.empty())
             node.name = shapes_->IsAssembly(label) ? "assembly" : "part";
         node.level = level;
@@ -118,7 +119,8 @@ public:
         if (part.shape.IsNull())
             return;
         part.shape = part.shape.Moved(loc);
-        part.name = nodes[index].name;
+        // A part without a name in the file makes volumes without a name.
+        part.name = named ? nodes[index].name : std::string();
         part.node = index;
         Quantity_Color c;
         for (const TDF_Label& l : {instance_label, label}) {
@@ -346,6 +348,8 @@ void fill_document(const GeometryModel& model, const std::vector<int>& bodies,
         if (body->volumes.empty())
             others.push_back(body->shape);
     }
+    // Without a name the writers name a part after its shape type ("SOLID"); an empty name
+    // gives a translator banner in STEP and an IGES file that did not import again.
     auto set_name = [](const TDF_Label& label, const std::string& name) {
         if (!name.empty())
             TDataStd_Name::Set(label, TCollection_ExtendedString(name.c_str(), true));
