@@ -10,8 +10,7 @@ bool started = false;
 class KernelSession : public ::testing::Environment {
 public:
     void SetUp() override {
-        if (!not_built("init"))
-            started = TarvoInterface::init({"methods_tests", "-driver", "offscreen"});
+        started = TarvoInterface::init({"methods_tests", "-driver", "offscreen"});
     }
     void TearDown() override {
         if (started)
