@@ -66,70 +66,39 @@ def test_a_modelling_session_answers_with_hand_computed_values(server, tmp_path)
             for event in EVENTS:
                 assert await s.q("datamonitor.add_TIObserve_monitor", event_name=event) is True
 
-            # A block: its topology and measures.
+            # A block and a through hole: the tool goes, the block keeps its id.
             events = await s.ok("create box 10")
             assert names(events)[0] == "command_start" and names(events)[-1] == "command_complete"
-            assert names(events).count("volume_created") == 1
             assert names(events).count("body_created") == 1
             assert [e["id"] for e in events if e["event_name"] == "volume_created"] == [1]
-            assert await s.ids("volume") == [1]
             assert len(await s.ids("surface", "in volume 1")) == 6
-            assert len(await s.ids("curve", "in volume 1")) == 12
-            assert len(await s.ids("vertex", "in volume 1")) == 8
             assert close(await s.q("get_volume_area", volume_id=1), BLOCK)
-            for surface in await s.ids("surface", "in volume 1"):
-                assert await s.q("get_surface_type", surface_id=surface) == "Plane"
-                assert close(await s.q("get_surface_area", surface_id=surface), 100.0)
-                assert len(await s.q("get_relatives", source_geometry_type="surface",
-                                     source_id=surface, target_geom_type="curve")) == 4
-
-            # A through hole: the tool goes, the block keeps its id.
             await s.ok("create cylinder radius 2 height 20")
-            assert close(await s.q("get_volume_area", volume_id=2), math.pi * 4 * 20)
             events = await s.ok("subtract volume 2 from volume 1")
             assert [e["id"] for e in events if e["event_name"] == "volume_deleted"] == [2]
             assert "volume_created" not in names(events)
             assert await s.ids("volume") == [1]
             assert close(await s.q("get_volume_area", volume_id=1), BLOCK_WITH_HOLE)
-            types = [await s.q("get_surface_type", surface_id=sid)
-                     for sid in await s.ids("surface", "in volume 1")]
-            assert types.count("Plane") == 6 and "Cylinder" in types
 
-            # Moving, naming and colouring.
-            await s.ok("move volume 1 by 5 0 0")
-            box = await s.q("get_bounding_box", geometry_type="volume", entity_id=1)
-            assert [round(v, 9) for v in box[:3]] == [0, 10, 10]
+            # Naming, and answers that are objects and arrays on the wire.
             events = await s.ok("volume 1 name 'block_with_hole'")
             assert {"event_name": "entity_name_changed", "geom_type": "volume", "id": 1} in events
-            assert await s.q("get_entity_name", entity_type="volume", entity_id=1) == \
-                "block_with_hole"
             assert await s.ids("volume", "with name 'block*'") == [1]
-            await s.ok("color volume 1 rgb 1 0 0")
-            assert (await s.q("get_entity_color", entity_type="volume", entity_id=1))[:3] == \
-                [1, 0, 0]
+            box = await s.q("get_bounding_box", geometry_type="volume", entity_id=1)
+            assert [round(v, 9) for v in box[:3]] == [-5, 5, 10]
 
-            # Cutting through the hole gives two equal halves; the total stays.
-            await s.ok("webcut volume 1 plane x offset 5")
+            # Cutting through the hole gives two equal halves; merging shares the cut faces.
+            await s.ok("webcut volume 1 plane x offset 0")
             halves = await s.ids("volume")
             assert len(halves) == 2 and 1 in halves
-            for volume in halves:
-                assert close(await s.q("get_volume_area", volume_id=volume), BLOCK_WITH_HOLE / 2)
             assert close(await s.q("get_total_volume", volume_list=halves), BLOCK_WITH_HOLE)
-
-            # Imprint and merge: the cut faces (two, either side of the hole) become shared.
             await s.ok("imprint all")
-            surfaces_before = len(await s.ids("surface"))
             events = await s.ok("merge all")
             assert "merge_completed" in names(events)
-            surfaces_after = await s.ids("surface")
-            assert len(surfaces_after) < surfaces_before
-            shared = [sid for sid in surfaces_after
+            shared = [sid for sid in await s.ids("surface")
                       if sorted(await s.q("get_adjacent_volumes", geometry_type="surface",
                                           entity_id=sid)) == sorted(halves)]
             assert len(shared) == 2, "the two cut faces are shared by the halves after merge"
-            assert len(surfaces_after) == surfaces_before - 2
-            for sid in shared:
-                assert await s.q("is_merged", geometry_type="surface", entity_id=sid) is True
 
             # Export, reset, import what we wrote.
             events = await s.ok(f"export step '{step_file}' overwrite")

@@ -13,7 +13,7 @@ import json
 import pytest
 
 from e2e_support import GATE, run
-from tarvo_client import TarvoClient, launch_server
+from tarvo_client import TarvoClient
 
 
 GEOMETRY_KEYS = {"volume", "surface", "curve", "vertex", "bodies"}
@@ -78,191 +78,95 @@ def events(frame):
             for event in params]
 
 
-def test_each_client_gets_what_it_selected_once_per_task_before_the_answer():
-    with launch_server() as server:
-        async def scenario():
-            a = await TarvoClient.connect(server.port)
-            b = await TarvoClient.connect(server.port)
+def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(server):
+    async def scenario():
+        a = await TarvoClient.connect(server.port)
+        b = await TarvoClient.connect(server.port)
 
-            # The first model arrives before the answer to add_model_monitor, whole.
-            result, frames = await exchange(a, "datamonitor.add_model_monitor")
+        # The first model arrives before the answer to add_model_monitor, whole.
+        result, frames = await exchange(a, "datamonitor.add_model_monitor")
+        assert result is True
+        assert len(frames) == 1
+        (first,) = model_messages(frames[0])
+        assert set(first) == ALL_MODEL_KEYS
+        assert all(value == [] for value in first.values()), first
+
+        # Volume 1 doesn't exist yet: the key is kept, and no data come.
+        assert await watch_entity(a, "volume", 1) == []
+
+        for name in ("volume_created", "id_changed"):
+            result, frames = await exchange(b, "datamonitor.add_TIObserve_monitor",
+                                            {"event_name": name})
             assert result is True
-            assert len(frames) == 1
-            (first,) = model_messages(frames[0])
-            assert set(first) == ALL_MODEL_KEYS
-            assert all(value == [] for value in first.values()), first
+            assert frames == [], "an event monitor has no first message"
+        assert await gate(b) == []
 
-            # Volume 1 doesn't exist yet: the key is kept, and no data come.
-            assert await watch_entity(a, "volume", 1) == []
+        # create box: A gets volume 1 and the geometry sections in one frame, B the event.
+        frames = await command(a, "create box 10")
+        assert len(frames) == 1, frames
+        (record,) = entity_records(frames[0])
+        assert record["entity_type"] == "volume" and record["entity_id"] == 1
+        assert record["geometric_volume"] == pytest.approx(1000)
+        (model,) = model_messages(frames[0])
+        assert set(model) == GEOMETRY_KEYS
+        assert [node["id"] for node in model["volume"]] == [1]
+        assert events(frames[0]) == []
+        assert len(frames[0]) == 2
 
-            for name in ("volume_created", "id_changed"):
-                result, frames = await exchange(b, "datamonitor.add_TIObserve_monitor",
-                                                {"event_name": name})
-                assert result is True
-                assert frames == [], "an event monitor has no first message"
-            assert await gate(b) == []
+        frames = await gate(b)
+        assert len(frames) == 1, frames
+        assert frames[0] == [("datamonitor.TIObserve",
+                              [{"event_name": "volume_created", "id": 1}])]
 
-            # create box: A gets volume 1 and the geometry sections in one frame, B the event.
-            frames = await command(a, "create box 10")
-            assert len(frames) == 1, frames
-            (record,) = entity_records(frames[0])
-            assert record["entity_type"] == "volume" and record["entity_id"] == 1
-            assert record["geometric_volume"] == pytest.approx(1000)
-            (model,) = model_messages(frames[0])
-            assert set(model) == GEOMETRY_KEYS
-            assert [node["id"] for node in model["volume"]] == [1]
-            assert events(frames[0]) == []
-            assert len(frames[0]) == 2
+        # A second box: A's volume 1 wasn't touched, so only the model comes.
+        frames = await command(a, "create box 4 at 5 0 0")
+        assert len(frames) == 1, frames
+        assert entity_records(frames[0]) == []
+        assert [node["id"] for node in model_messages(frames[0])[0]["volume"]] == [1, 2]
+        assert await gate(b) == [[("datamonitor.TIObserve",
+                                   [{"event_name": "volume_created", "id": 2}])]]
 
-            frames = await gate(b)
-            assert len(frames) == 1, frames
-            assert frames[0] == [("datamonitor.TIObserve",
-                                  [{"event_name": "volume_created", "id": 1}])]
+        # subtract: volume 1 survives and changes; volume 2 is gone.
+        frames = await command(a, "subtract volume 2 from volume 1")
+        assert len(frames) == 1, frames
+        (record,) = entity_records(frames[0])
+        assert record["entity_id"] == 1 and record["geometric_volume"] < 1000
+        (model,) = model_messages(frames[0])
+        assert set(model) == GEOMETRY_KEYS
+        assert [node["id"] for node in model["volume"]] == [1]
+        assert events(frames[0]) == []
 
-            # A second box: A's volume 1 wasn't touched, so only the model comes.
-            frames = await command(a, "create box 4 at 5 0 0")
-            assert len(frames) == 1, frames
-            assert entity_records(frames[0]) == []
-            assert [node["id"] for node in model_messages(frames[0])[0]["volume"]] == [1, 2]
-            assert await gate(b) == [[("datamonitor.TIObserve",
-                                       [{"event_name": "volume_created", "id": 2}])]]
+        # B hears only of the two events it chose, in at most one frame.
+        frames = await gate(b)
+        assert len(frames) <= 1, frames
+        for frame in frames:
+            assert [method for method, _ in frame] == ["datamonitor.TIObserve"]
+            assert {event["event_name"] for event in events(frame)} <= \
+                {"volume_created", "id_changed"}
 
-            # subtract: volume 1 survives and changes; volume 2 is gone.
-            frames = await command(a, "subtract volume 2 from volume 1")
-            assert len(frames) == 1, frames
-            (record,) = entity_records(frames[0])
-            assert record["entity_id"] == 1 and record["geometric_volume"] < 1000
-            (model,) = model_messages(frames[0])
-            assert set(model) == GEOMETRY_KEYS
-            assert [node["id"] for node in model["volume"]] == [1]
-            assert events(frames[0]) == []
+        # A task that changes nothing sends nothing to anybody.
+        result, frames = await exchange(a, "parse_tarvo_list",
+                                        {"type": "volume", "entity_list_string": "all"})
+        assert result == [1]
+        assert frames == []
+        assert await gate(b) == []
 
-            # B hears only of the two events it chose, in at most one frame.
-            frames = await gate(b)
-            assert len(frames) <= 1, frames
-            for frame in frames:
-                assert [method for method, _ in frame] == ["datamonitor.TIObserve"]
-                assert {event["event_name"] for event in events(frame)} <= \
-                    {"volume_created", "id_changed"}
+        # A deleted entity goes quiet; once reset gives its id out again, it is reported.
+        frames = await command(a, "delete volume 1")
+        assert len(frames) == 1 and entity_records(frames[0]) == [], frames
+        await command(a, "reset")
+        frames = await command(a, "create box 5")
+        (record,) = entity_records(frames[0])
+        assert record["entity_id"] == 1 and record["geometric_volume"] == pytest.approx(125)
+        await gate(b)
 
-            # A task that changes nothing sends nothing to anybody.
-            result, frames = await exchange(a, "parse_tarvo_list",
-                                            {"type": "volume", "entity_list_string": "all"})
-            assert result == [1]
-            assert frames == []
-            assert await gate(b) == []
+        # A client that leaves takes its selections along; B keeps its own, and a newcomer
+        # starts with none.
+        await a.close()
+        async with await TarvoClient.connect(server.port) as c:
+            assert await command(c, "create box 1 at 3 0 0") == []
+        assert await gate(b) == [[("datamonitor.TIObserve",
+                                   [{"event_name": "volume_created", "id": 2}])]]
+        await b.close()
 
-            await a.close()
-            await b.close()
-
-        run(scenario())
-
-
-def test_first_entity_record_comes_before_the_answer_and_names_the_canonical_type():
-    with launch_server() as server:
-        async def scenario():
-            async with await TarvoClient.connect(server.port) as client:
-                await command(client, "create box 2")
-                frames = await watch_entity(client, "Volume", 1)
-                assert len(frames) == 1
-                (record,) = entity_records(frames[0])
-                assert record["entity_type"] == "volume" and record["entity_id"] == 1
-                assert record["center_point"] == "0.000000, 0.000000, 0.000000"
-                assert len(record["color"]) == 4
-                assert record["is_meshed"] is False
-
-                # A body key is stored, but no monitor reports bodies.
-                assert await watch_entity(client, "body", 1) == []
-
-        run(scenario())
-
-
-def test_a_deleted_entity_goes_quiet_and_resumes_when_its_id_exists_again():
-    with launch_server() as server:
-        async def scenario():
-            async with await TarvoClient.connect(server.port) as client:
-                await command(client, "create box 2")
-                assert len(await watch_entity(client, "volume", 1)) == 1
-
-                assert await command(client, "delete volume 1") == []
-                assert await command(client, "create box 3") == [], \
-                    "the new box has another id"
-
-                # After a reset ids start again: volume 1 exists again and is reported.
-                await command(client, "reset")
-                frames = await command(client, "create box 5")
-                assert len(frames) == 1, frames
-                (record,) = entity_records(frames[0])
-                assert record["entity_id"] == 1 and record["geometric_volume"] == pytest.approx(125)
-
-        run(scenario())
-
-
-def test_working_directory_is_reported_at_once_to_a_new_selection():
-    with launch_server() as server:
-        async def scenario():
-            async with await TarvoClient.connect(server.port) as client:
-                for _ in range(2):
-                    result, frames = await exchange(client, "datamonitor.add_TIObserve_monitor",
-                                                    {"event_name": "working_directory_changed"})
-                    assert result is True
-                    assert len(frames) == 1
-                    (event,) = events(frames[0])
-                    assert event["event_name"] == "working_directory_changed"
-                    assert event["directory"]
-
-        run(scenario())
-
-
-def test_disconnection_removes_that_clients_selections_and_nothing_else():
-    with launch_server() as server:
-        async def scenario():
-            a = await TarvoClient.connect(server.port)
-            b = await TarvoClient.connect(server.port)
-            await exchange(a, "datamonitor.add_model_monitor")
-            await exchange(b, "datamonitor.add_model_monitor")
-            result, _ = await exchange(b, "datamonitor.add_TIObserve_monitor",
-                                       {"event_name": "volume_created"})
-            assert result is True
-            await a.close()
-
-            # B keeps both of its selections.
-            frames = await command(b, "create box 1")
-            assert len(frames) == 1
-            assert model_messages(frames[0]) and events(frames[0]) == [
-                {"event_name": "volume_created", "id": 1}]
-
-            # A newcomer starts with nothing, and the server serves it.
-            await gate(b)
-            async with await TarvoClient.connect(server.port) as c:
-                assert await command(c, "create box 1 at 3 0 0") == []
-            frames = await gate(b)
-            assert len(frames) == 1
-            assert events(frames[0]) == [{"event_name": "volume_created", "id": 2}]
-            await b.close()
-
-        run(scenario())
-
-
-def test_a_new_model_monitor_sends_the_whole_model_to_everyone_who_watches_it():
-    with launch_server() as server:
-        async def scenario():
-            a = await TarvoClient.connect(server.port)
-            b = await TarvoClient.connect(server.port)
-            await command(a, "create box 1")
-            await exchange(b, "datamonitor.add_model_monitor")
-            await gate(b)
-
-            # A's first model is computed once and goes to B as well, whole.
-            for _ in range(2):
-                result, frames = await exchange(a, "datamonitor.add_model_monitor")
-                assert result is True
-                assert len(frames) == 1
-                (model,) = model_messages(frames[0])
-                assert set(model) == ALL_MODEL_KEYS
-                assert [node["id"] for node in model["volume"]] == [1]
-                assert [model_messages(frame)[0] for frame in await gate(b)] == [model]
-            await a.close()
-            await b.close()
-
-        run(scenario())
+    run(scenario())
