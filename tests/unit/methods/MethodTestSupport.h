@@ -3,7 +3,6 @@
 // of what the kernel prints.
 
 #include "methods/TarvoRPCRequestHandler.h"
-#include "tarvo/KernelCoverage.h"
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/TestJson.h"
@@ -42,12 +41,6 @@ inline QJsonValue call(const char* method, const char* params_text) {
     return wrapper->invoke();
 }
 
-// True while the kernel function is still a placeholder.
-inline bool not_built(const std::string& function) {
-    const auto names = TarvoInterface::not_built_functions();
-    return std::binary_search(names.begin(), names.end(), function);
-}
-
 // Collects the kernel's error channel while alive; restores the previous handler after.
 class ErrorCapture : public TarvoMessageHandler {
 public:
@@ -74,10 +67,6 @@ private:
     std::vector<std::string> errors; // guarded by mutex
     std::shared_ptr<TarvoMessageHandler> previous;
 };
-
-inline std::string not_built_line(const std::string& function) {
-    return "ERROR: " + function + " is not available in this kernel yet.\n";
-}
 
 // True when the kernel session of this binary is up (see test_main.cpp).
 bool kernel_started();
