@@ -21,8 +21,8 @@
 // UNSENT rows are operations the kernel reports to its own observers only: no code, no record.
 // The rows' order is the order of TIObserve's virtual functions, which is part of the interface:
 // a new event is a new row at the end, with the next free code. The server's golden recording of
-// every event (tests/unit/monitors/EventWireGoldenTest.cpp) lists the calls it makes; give it
-// the new one too, so that its wire form is pinned down.
+// every event (tests/unit/monitors/EventWireGoldenTest.cpp) lists the calls it makes and fails
+// until the new one is among them, so that its wire form is pinned down.
 //
 // Field kinds:
 //   Int    int
