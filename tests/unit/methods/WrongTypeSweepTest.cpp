@@ -143,6 +143,9 @@ std::string fault_of(const RPCResponse& response, int id) {
     const bool has_result = object.contains(QStringLiteral("result"));
     if (has_result == object.contains(QStringLiteral("error")))
         return "result and error both present or both absent";
+    // What goes on the wire must read back as JSON (strings the kernel built from odd input).
+    if (!wire(response.to_json_string()).isObject())
+        return "text not JSON: " + response.to_json_string().left(300).toStdString();
     if (!has_result && response.error_code() != -32602)
         return "error " + std::to_string(response.error_code()) + " " +
                QJsonDocument(object).toJson(QJsonDocument::Compact).left(300).toStdString();
