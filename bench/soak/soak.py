@@ -218,7 +218,12 @@ async def soak(server, args):
                       random.Random(rng.random())) for slot in range(args.clients)]
     timed_out = False
     try:
-        await asyncio.wait_for(asyncio.gather(*slots), args.timeout)
+        # A slot that fails outright (its connection refused, say) is reported, not raised.
+        outcomes = await asyncio.wait_for(asyncio.gather(*slots, return_exceptions=True),
+                                          args.timeout)
+        for slot, outcome in enumerate(outcomes):
+            if isinstance(outcome, BaseException):
+                stats.lost.append((slot, "(slot ended)", repr(outcome)))
     except asyncio.TimeoutError:
         timed_out = True
     elapsed = time.perf_counter() - started
@@ -251,11 +256,13 @@ def report(args, stats, elapsed, cpu, rss_start, rss_end, samples, rss_peak, ali
     for slot, method, why in stats.lost[:10]:
         print(f"  slot {slot}: {method}: {why}")
     print(f"error answers by code: {stats.errors or 'none'}")
-    print(f"server RSS: start {rss_start / 1024:.1f} MiB, end {rss_end / 1024:.1f} MiB "
-          f"(all clients gone), VmHWM {rss_peak / 1024:.1f} MiB")
+    def mib(kib):
+        return "gone" if kib is None else f"{kib / 1024:.1f} MiB"
+
+    print(f"server RSS: start {mib(rss_start)}, end {mib(rss_end)} (all clients gone), "
+          f"VmHWM {mib(rss_peak)}")
     quarters = [samples[min(len(samples) - 1, q * (len(samples) - 1) // 4)] for q in range(5)]
-    print("RSS sampled at 0, 25, 50, 75, 100 % of the run: " +
-          ", ".join(f"{kib / 1024:.1f}" for kib in quarters) + " MiB")
+    print("RSS sampled at 0, 25, 50, 75, 100 % of the run: " + ", ".join(map(mib, quarters)))
     print(f"{'kind':<12}{'count':>9}{'p50 ms':>10}{'p99 ms':>10}{'max ms':>10}")
     every = sorted(value for values in stats.latency.values() for value in values)
     for kind, values in list(stats.latency.items()) + [("all", every)]:
