@@ -1,5 +1,5 @@
 // RPCRequestHandler::exec: the fixed order unknown method -> params -> invoke, the error answers,
-// notifications, and the exchanges of a client session written out as text.
+// notifications, and a mixed batch answered in order.
 
 #include "../support/TestJson.h"
 #include "json_rpc/GenericRPCMethodWrapper.h"
@@ -68,9 +68,6 @@ protected:
                 std::vector<json_rpc::ParamSpec>{json_rpc::optional_param("a", 5)});
         if (name == QLatin1String("probe_throw_unknown"))
             return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::ThrowUnknown);
-        if (name == QLatin1String("get_version"))
-            return std::make_unique<GenericRPCMethodWrapper<std::string()>>(
-                [] { return std::string("19.0"); }, std::vector<json_rpc::ParamSpec>{});
         if (name == QLatin1String("get_volume_count"))
             return std::make_unique<GenericRPCMethodWrapper<int()>>(
                 [] { return 4; }, std::vector<json_rpc::ParamSpec>{});
@@ -101,20 +98,6 @@ RPCRequest request(const char* method, const QJsonValue& params, const QJsonValu
     RPCRequest r(QString::fromLatin1(method), params);
     r.set_id(id);
     return r;
-}
-
-// One single text through parser and handler, as a client would see the answer: Undefined when
-// nothing is sent.
-QJsonValue answer(const char* text, Journal& journal) {
-    JsonRPCParser parser;
-    parser.parse(QString::fromUtf8(text));
-    if (parser.is_empty())
-        return QJsonValue(QJsonValue::Undefined);
-    if (parser.has_errors())
-        return wire(parser.error().to_json_string());
-    const RPCResponse response = SessionHandler(journal).exec(parser.request());
-    return response.is_empty() ? QJsonValue(QJsonValue::Undefined)
-                               : wire(response.to_json_string());
 }
 
 } // namespace
@@ -209,38 +192,6 @@ TEST(RPCMethodWrapperDefault, AcceptsOnlyAbsentOrObjectParams) {
     EXPECT_TRUE(wrapper.process_params(json(R"({"ignored":1})")));
     for (const char* refused : {"[]", "[1]", "\"x\"", "1", "true"})
         EXPECT_FALSE(wrapper.process_params(json(refused))) << refused;
-}
-
-// The exchanges of a client session, one text in and one text out.
-TEST(ClientExchanges, SingleMessages) {
-    Journal journal;
-
-    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.scale_size",
-                         "params":{"factor":3,"size":2},"id":1})",
-                     journal),
-              json(R"({"jsonrpc":"2.0","result":6,"id":1})"));
-    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.get_version","id":"v"})", journal),
-              json(R"({"jsonrpc":"2.0","result":"19.0","id":"v"})"));
-
-    // Positional parameters do not exist here: the method refuses them.
-    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.scale_size","params":[2,3],"id":2})",
-                     journal)[QLatin1String("error")][QLatin1String("code")],
-              QJsonValue(-32602));
-
-    // A notification runs and is not answered.
-    EXPECT_TRUE(
-        answer(R"({"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"reset"}})", journal)
-            .isUndefined());
-    EXPECT_EQ(journal.commands, (std::vector<std::string>{"reset"}));
-
-    // What the parser refuses is answered without the handler.
-    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":1,"params":"bar"})", journal),
-              json(R"({"jsonrpc":"2.0","id":null,
-                       "error":{"code":-32600,"message":"Invalid Request"}})"));
-    EXPECT_EQ(answer(R"({"jsonrpc":"2.0","method":"tarvo.no_such_method","id":"1"})", journal),
-              json(R"({"jsonrpc":"2.0","id":"1",
-                       "error":{"code":-32601,"message":"Method not found"}})"));
-    EXPECT_TRUE(answer("   ", journal).isUndefined());
 }
 
 TEST(ClientExchanges, MixedBatchAnswersInRequestOrder) {

@@ -85,13 +85,6 @@ TEST_F(GeometryEventsTest, AttributesReportNameAndVisibility) {
     EXPECT_EQ(get_entity_color("volume", 1), (std::array<double, 4>{1, 0, 0, 1}));
 }
 
-TEST_F(GeometryEventsTest, FailedCommandEmitsNoGeometryEvents) {
-    run("create box 2");
-    recorder.events.clear();
-    EXPECT_FALSE(cmd("subtract volume 1 from volume 1"));
-    EXPECT_EQ(recorder.events, (std::vector<std::string>{"command_start", "command_complete"}));
-}
-
 TEST_F(GeometryEventsTest, ImportReportsCompletionAndTheTree) {
     const std::string path = cad_file("red_cube_blue_cylinder.step");
     run("import step '" + path + "'");

@@ -17,23 +17,16 @@ std::vector<Token> tokens_of(std::string_view line) {
 }
 
 TEST(Tokenizer, SplitsWordsStringsCommasAndDropsComments) {
-    const auto tokens =
-        tokens_of("  create Box 1.5,-2 'my file.step' \"it's\" # all of this is ignored 'x");
+    const auto tokens = tokens_of("  create 1.5,-2 'my file#1.step'x \"it's\" # ignored 'x");
     ASSERT_EQ(tokens.size(), 7u);
-    EXPECT_EQ(tokens[0].text, "create");
-    EXPECT_EQ(tokens[1].text, "Box");
-    EXPECT_EQ(tokens[2].text, "1.5");
-    EXPECT_TRUE(tokens[3].comma);
-    EXPECT_EQ(tokens[4].text, "-2");
-    EXPECT_EQ(tokens[5].text, "my file.step");
-    EXPECT_TRUE(tokens[5].quoted);
-    EXPECT_EQ(tokens[6].text, "it's");
-    EXPECT_TRUE(tokens[6].quoted);
+    EXPECT_EQ(tokens[1].text, "1.5");
+    EXPECT_TRUE(tokens[2].comma);
+    EXPECT_EQ(tokens[3].text, "-2");
     // '#' inside quotes is text, and a quote ends a bare word.
-    const auto quoted = tokens_of("name 'part#1'x");
-    ASSERT_EQ(quoted.size(), 3u);
-    EXPECT_EQ(quoted[1].text, "part#1");
-    EXPECT_EQ(quoted[2].text, "x");
+    EXPECT_EQ(tokens[4].text, "my file#1.step");
+    EXPECT_TRUE(tokens[4].quoted);
+    EXPECT_EQ(tokens[5].text, "x");
+    EXPECT_EQ(tokens[6].text, "it's");
 }
 
 TEST(Tokenizer, UnterminatedQuoteIsAnError) {
@@ -45,23 +38,19 @@ TEST(Tokenizer, UnterminatedQuoteIsAnError) {
 }
 
 TEST(Keywords, FullWordOrPrefixOfAtLeastThreeLettersAnyCase) {
-    EXPECT_TRUE(keyword_matches("volume", "volume"));
-    EXPECT_TRUE(keyword_matches("VOL", "volume"));
-    EXPECT_TRUE(keyword_matches("Volu", "volume"));
-    EXPECT_FALSE(keyword_matches("vo", "volume"));
-    EXPECT_FALSE(keyword_matches("volumes2", "volume"));
-    EXPECT_FALSE(keyword_matches("vox", "volume"));
+    for (const char* yes : {"volume", "VOL", "Volu"})
+        EXPECT_TRUE(keyword_matches(yes, "volume")) << yes;
+    for (const char* no : {"vo", "volumes2", "vox"})
+        EXPECT_FALSE(keyword_matches(no, "volume")) << no;
     // A word shorter than three letters can only be given whole.
-    EXPECT_TRUE(keyword_matches("cd", "cd"));
     EXPECT_TRUE(keyword_matches("BY", "by"));
     EXPECT_FALSE(keyword_matches("b", "by"));
 }
 
 TEST(Cursor, ReadsTypedArgumentsAndLeavesTheTokenOnMismatch) {
-    Cursor cursor(tokens_of("radius 2.5 HEI 10 count 3 name 'bolt' axis Y"));
+    Cursor cursor(tokens_of("radius 2.5 HEI 10 name 'bolt' axis Y"));
     double radius = 0;
     double height = 0;
-    int count = 0;
     std::string name;
     std::string axis;
     EXPECT_TRUE(cursor.keyword("radius"));
@@ -70,16 +59,12 @@ TEST(Cursor, ReadsTypedArgumentsAndLeavesTheTokenOnMismatch) {
     EXPECT_FALSE(cursor.keyword("he"));     // the word asked for is the full one
     EXPECT_TRUE(cursor.keyword("height"));
     EXPECT_TRUE(cursor.number(height));
-    EXPECT_TRUE(cursor.keyword("count"));
-    EXPECT_TRUE(cursor.integer(count));
     EXPECT_TRUE(cursor.keyword("name"));
     EXPECT_TRUE(cursor.string(name));
     EXPECT_TRUE(cursor.keyword("axis"));
     EXPECT_TRUE(cursor.choice({"x", "y", "z"}, axis));
     EXPECT_TRUE(cursor.at_end());
-    EXPECT_DOUBLE_EQ(radius, 2.5);
     EXPECT_DOUBLE_EQ(height, 10);
-    EXPECT_EQ(count, 3);
     EXPECT_EQ(name, "bolt");
     EXPECT_EQ(axis, "y");
 }

