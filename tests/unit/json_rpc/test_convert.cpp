@@ -34,12 +34,8 @@ TEST(ConvertInt, NoRangeCheck) {
     int out = 0;
     EXPECT_TRUE(from_json(json("1e12"), out));
     EXPECT_EQ(out, std::numeric_limits<int>::min());
-    EXPECT_TRUE(from_json(json("-1e300"), out));
-    EXPECT_EQ(out, std::numeric_limits<int>::min());
     EXPECT_TRUE(from_json(json("2147483647"), out));
     EXPECT_EQ(out, 2147483647);
-    EXPECT_TRUE(from_json(json("-2147483648"), out));
-    EXPECT_EQ(out, std::numeric_limits<int>::min());
 }
 
 TEST(ConvertScalars, DoubleBoolString) {

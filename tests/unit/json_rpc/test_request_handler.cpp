@@ -1,9 +1,8 @@
 // RPCRequestHandler::exec: the fixed order unknown method -> params -> invoke, the error answers,
-// notifications, and a mixed batch answered in order.
+// and notifications.
 
 #include "../support/TestJson.h"
 #include "json_rpc/GenericRPCMethodWrapper.h"
-#include "json_rpc/JsonRPCParser.h"
 #include "json_rpc/RPCRequestHandler.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +17,6 @@ struct Journal {
     int destroyed = 0;
     int invoked = 0;
     QJsonValue last_params = QJsonValue(QJsonValue::Undefined);
-    std::vector<std::string> commands;
 };
 
 class ProbeWrapper : public RPCMethodWrapper {
@@ -68,16 +66,6 @@ protected:
                 std::vector<json_rpc::ParamSpec>{json_rpc::optional_param("a", 5)});
         if (name == QLatin1String("probe_throw_unknown"))
             return std::make_unique<ProbeWrapper>(journal, ProbeWrapper::Mode::ThrowUnknown);
-        if (name == QLatin1String("get_volume_count"))
-            return std::make_unique<GenericRPCMethodWrapper<int()>>(
-                [] { return 4; }, std::vector<json_rpc::ParamSpec>{});
-        if (name == QLatin1String("cmd"))
-            return std::make_unique<GenericRPCMethodWrapper<bool(const std::string&)>>(
-                [this](const std::string& command) {
-                    journal.commands.push_back(command);
-                    return true;
-                },
-                std::vector<json_rpc::ParamSpec>{json_rpc::param("command")});
         if (name == QLatin1String("scale_size"))
             return std::make_unique<GenericRPCMethodWrapper<double(double, double)>>(
                 [](double size, double factor) { return size * factor; },
@@ -192,35 +180,4 @@ TEST(RPCMethodWrapperDefault, AcceptsOnlyAbsentOrObjectParams) {
     EXPECT_TRUE(wrapper.process_params(json(R"({"ignored":1})")));
     for (const char* refused : {"[]", "[1]", "\"x\"", "1", "true"})
         EXPECT_FALSE(wrapper.process_params(json(refused))) << refused;
-}
-
-TEST(ClientExchanges, MixedBatchAnswersInRequestOrder) {
-    Journal journal;
-    JsonRPCParser parser;
-    parser.parse(QStringLiteral(R"([
-        {"jsonrpc":"2.0","method":"tarvo.scale_size","params":{"size":1.5,"factor":2},"id":"1"},
-        {"jsonrpc":"2.0","method":"tarvo.cmd","params":{"command":"mesh volume 1"}},
-        {"jsonrpc":"2.0","method":"tarvo.scale_size","params":{"size":5},"id":"2"},
-        {"foo":"boo"},
-        {"jsonrpc":"2.0","method":"tarvo.no_such_method","params":{"name":"x"},"id":"5"},
-        {"jsonrpc":"2.0","method":"tarvo.get_volume_count","id":"9"}
-    ])"));
-    ASSERT_TRUE(parser.is_batch());
-    ASSERT_TRUE(parser.is_request());
-
-    RPCBatchResponse answers = parser.batch_errors();
-    const RPCBatchRequest batch = parser.batch_requests();
-    for (const RPCRequest& r : batch.requests()) {
-        const RPCResponse response = SessionHandler(journal).exec(r);
-        if (!response.is_empty())
-            answers.add_response(response);
-    }
-    EXPECT_EQ(wire(answers.to_json_string()), json(R"([
-        {"jsonrpc":"2.0","id":null,"error":{"code":-32600,"message":"Invalid Request"}},
-        {"jsonrpc":"2.0","result":3,"id":"1"},
-        {"jsonrpc":"2.0","id":"2","error":{"code":-32602,"message":"Invalid params"}},
-        {"jsonrpc":"2.0","id":"5","error":{"code":-32601,"message":"Method not found"}},
-        {"jsonrpc":"2.0","result":4,"id":"9"}
-    ])"));
-    EXPECT_EQ(journal.commands, (std::vector<std::string>{"mesh volume 1"}));
 }

@@ -4,18 +4,13 @@
 #include "transport/TarvoServer.h"
 #include "FakeRouter.h"
 #include "WireHelpers.h"
-#include "transport/socket_options.h"
-#include "transport/tls_material.h"
 
 #include <QAbstractSocket>
 #include <QCoreApplication>
 #include <QSignalSpy>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QTest>
 #include <QTimer>
 #include <QWebSocket>
-#include <QWebSocketServer>
 
 #include <gtest/gtest.h>
 
@@ -240,43 +235,23 @@ qintptr descriptor_of(quint16 local_port, quint16 peer_port) {
     return -1;
 }
 
-TEST(SocketOptions, LowDelayReachesTheTcpSocketUnderAServerSideWebSocket) {
-    for (const bool use_tls : {false, true}) {
-        QWebSocketServer listener("test", use_tls ? QWebSocketServer::SecureMode
-                                                  : QWebSocketServer::NonSecureMode);
-        if (use_tls) {
-            QSslConfiguration ssl;
-            ssl.setLocalCertificate(QSslCertificate(tls_certificate_pem, QSsl::Pem));
-            ssl.setPrivateKey(QSslKey(tls_private_key_pem, QSsl::Rsa));
-            listener.setSslConfiguration(ssl);
-        }
-        ASSERT_TRUE(listener.listen(QHostAddress::LocalHost, 0));
-        QWebSocket client;
-        QObject::connect(&client, &QWebSocket::sslErrors,
-                         [&client](const QList<QSslError>&) { client.ignoreSslErrors(); });
-        client.open(QUrl(QStringLiteral("%1://127.0.0.1:%2/")
-                             .arg(use_tls ? "wss" : "ws")
-                             .arg(listener.serverPort())));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return listener.hasPendingConnections(); }, kWaitMs));
-        std::unique_ptr<QWebSocket> accepted(listener.nextPendingConnection());
-        const qintptr descriptor = descriptor_of(accepted->localPort(), accepted->peerPort());
-        ASSERT_GE(descriptor, 0);
-        EXPECT_EQ(tcp_nodelay(descriptor), 0) << "already set by Qt: the helper is redundant";
-
-        EXPECT_TRUE(set_low_delay(accepted.get(), &listener));
-        EXPECT_EQ(tcp_nodelay(descriptor), 1);
-    }
-}
-
+// The TCP socket sits under a TLS layer in secure mode: both kinds of connection must get it.
 TEST(SocketOptions, TheServerTurnsOffNagleForAdmittedClients) {
-    FakeRouter router;
-    auto server = start_server(router, "");
-    Client client;
-    ASSERT_TRUE(open_and_settle(client, router, url_for(*server, "")));
-    // The server's end of this connection: its local port is the client's peer port.
-    const qintptr descriptor = descriptor_of(client.socket.peerPort(), client.socket.localPort());
-    ASSERT_GE(descriptor, 0);
-    EXPECT_EQ(tcp_nodelay(descriptor), 1);
+    for (const bool use_tls : {false, true}) {
+        FakeRouter router;
+        TarvoServer server(&router, QHostAddress(QHostAddress::LocalHost), 0, use_tls, "", false);
+        Client client;
+        QObject::connect(&client.socket, &QWebSocket::sslErrors,
+                         [&client](const QList<QSslError>&) { client.socket.ignoreSslErrors(); });
+        const QString url =
+            QStringLiteral("%1://127.0.0.1:%2/").arg(use_tls ? "wss" : "ws").arg(server.port());
+        ASSERT_TRUE(open_and_settle(client, router, url)) << use_tls;
+        // The server's end of this connection: its local port is the client's peer port.
+        const qintptr descriptor =
+            descriptor_of(client.socket.peerPort(), client.socket.localPort());
+        ASSERT_GE(descriptor, 0);
+        EXPECT_EQ(tcp_nodelay(descriptor), 1) << use_tls;
+    }
 }
 
 } // namespace
