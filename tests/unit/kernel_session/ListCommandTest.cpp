@@ -249,6 +249,7 @@ TEST_F(ListCommandTest, DispatchBesideListVariablesAndNothingToUndo) {
 }
 
 // ---- The reference and the registry --------------------------------------------------------
+// (What a user meets on a planned command is the limits tests' concern.)
 
 struct Section {
     std::vector<std::string> heading; // the words after "### "
@@ -367,14 +368,6 @@ TEST_F(ListCommandTest, ReferenceMarksExactlyTheCommandsThatAreNotRegistered) {
                 << "'" << line << "' (section '" << heading << "') "
                 << (section.not_built ? "is marked \"Not built yet.\" but is a command"
                                       : "is no command: mark the section \"Not built yet.\"");
-            if (!section.not_built) {
-                continue;
-            }
-            // What the user meets: the line is refused with one error.
-            output->clear();
-            const int errors = TarvoInterface::get_error_count();
-            EXPECT_FALSE(TarvoInterface::cmd(line.c_str())) << line;
-            EXPECT_EQ(TarvoInterface::get_error_count(), errors + 1) << line;
         }
         if (section.not_built) {
             EXPECT_NE(tarvo::kernel::help_text(heading).find("Not built yet."), std::string::npos)
