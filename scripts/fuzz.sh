@@ -15,7 +15,7 @@ build="$(realpath -m "${TARVO_FUZZ_BUILD_DIR:-$root/build-fuzz}")"
 jobs="${TARVO_FUZZ_JOBS:-2}"
 targets=(${TARVO_FUZZ_TARGETS:-json_rpc valfold command entity_list})
 
-command -v clang++ >/dev/null || { echo "fuzz.sh: clang++ is missing (apt-get install clang libclang-rt-14-dev)" >&2; exit 1; }
+"$root/scripts/install-deps.sh" clang libclang-rt-14-dev
 
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)

@@ -13,6 +13,9 @@ packages=(
   python3 python3-websockets python3-pytest
 )
 
+# Extra packages for one task (scripts/fuzz.sh asks for clang) come as arguments.
+packages+=("$@")
+
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
