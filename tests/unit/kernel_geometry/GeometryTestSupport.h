@@ -58,6 +58,8 @@ protected:
         session.stop();
     }
 
+    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
+
     // Runs a command that must succeed; shows the output when it does not.
     void run(const std::string& line) {
         ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();

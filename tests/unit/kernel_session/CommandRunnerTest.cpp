@@ -36,15 +36,9 @@ TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothi
         "add then fail 3",         // fails halfway
         "add then throw 3",        // throws halfway
     };
-    int count = TarvoInterface::get_error_count();
     for (const char* line : bad) {
-        output->take();
         observer.events.clear();
-        EXPECT_FALSE(TarvoInterface::cmd(line)) << line;
-        const auto errors = error_lines();
-        ASSERT_EQ(errors.size(), 1u) << line << "\n" << output->all();
-        EXPECT_GT(errors[0].size(), std::string("ERROR: ").size() + 5) << line;
-        EXPECT_EQ(TarvoInterface::get_error_count(), ++count) << line;
+        EXPECT_GT(rejected(line).size(), std::string("ERROR: ").size() + 5) << line;
         EXPECT_EQ(model.volumes, before) << line;
         EXPECT_EQ(TarvoInterface::number_undo_commands(), undo_steps) << line;
         EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable()) << line;
@@ -60,20 +54,13 @@ TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothi
 TEST_F(CommandRunnerTest, HalfwayFailuresAreRolledBackWithTheirEvents) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
     observer.events.clear();
-    EXPECT_FALSE(TarvoInterface::cmd("add then fail 4"));
+    EXPECT_EQ(rejected("add then fail 4"), "ERROR: Could not finish volume 4");
     EXPECT_EQ(model.restores, 1);
     EXPECT_EQ(model.volumes.count(4), 0u);
     EXPECT_EQ(observer.events,
               (std::vector<std::string>{"command_start", "volume_deleted 4", "command_complete"}));
-    const auto errors = error_lines();
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], "ERROR: Could not finish volume 4");
-
-    output->take();
-    EXPECT_FALSE(TarvoInterface::cmd("add then throw 5"));
+    EXPECT_NE(rejected("add then throw 5").find("boom"), std::string::npos);
     EXPECT_EQ(model.volumes.size(), 1u);
-    ASSERT_EQ(error_lines().size(), 1u);
-    EXPECT_NE(error_lines()[0].find("boom"), std::string::npos);
 }
 
 TEST_F(CommandRunnerTest, SuccessfulCommandEventsAreBracketedByStartAndComplete) {
@@ -112,9 +99,7 @@ TEST_F(CommandRunnerTest, UndoTakesBackTheLastUndoableCommand) {
                                         "undo_state_changed", "command_complete"}));
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
     EXPECT_TRUE(model.volumes.empty());
-    output->take();
-    EXPECT_FALSE(TarvoInterface::cmd("undo"));
-    EXPECT_EQ(error_lines(), (std::vector<std::string>{"ERROR: Nothing to undo"}));
+    EXPECT_EQ(rejected("undo"), "ERROR: Nothing to undo");
     EXPECT_FALSE(TarvoInterface::is_performing_undo());
 }
 

@@ -189,6 +189,7 @@ protected:
     }
 
     std::vector<std::string> error_lines() { return output->starting("ERROR: "); }
+    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
 
     std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
     RecordingObserver observer;

@@ -2,8 +2,10 @@
 // A live kernel session in an empty scratch directory, for fixtures of tests that run commands.
 // start() makes the directory (named after the running test, so that tests and test processes
 // never share one), enters it, sends the kernel's output to a handler and starts the kernel;
-// stop() undoes that in reverse order. Test thread only.
+// stop() undoes that in reverse order. rejected() runs a line that must be refused. Test thread
+// only.
 
+#include "CapturedOutput.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
@@ -13,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace test_support {
 
@@ -47,5 +50,17 @@ private:
     std::filesystem::path original_dir_;
     std::filesystem::path dir_;
 };
+
+// Runs a line that must fail with exactly one error line, counted once, and gives that line
+// (empty when there was none). What `output` held before is dropped.
+inline std::string rejected(CapturedOutput& output, const std::string& line) {
+    output.clear();
+    const int errors = TarvoInterface::get_error_count();
+    EXPECT_FALSE(TarvoInterface::cmd(line.c_str())) << line;
+    EXPECT_EQ(TarvoInterface::get_error_count(), errors + 1) << line;
+    const std::vector<std::string> lines = output.starting("ERROR: ");
+    EXPECT_EQ(lines.size(), 1u) << line << "\n" << output.all();
+    return lines.empty() ? std::string() : lines.front();
+}
 
 } // namespace test_support
