@@ -230,21 +230,17 @@ TEST_F(CommandRunnerTest, WorkingDirectoryAndDeveloperSwitch) {
 
 TEST_F(CommandRunnerTest, HelpPrintsTheReferenceAndTheCommandSummary) {
     ASSERT_TRUE(TarvoInterface::cmd("help"));
-    const std::string summary = output->all();
-    EXPECT_NE(summary.find("add volume <id> [name '<name>']"), std::string::npos);
-    EXPECT_NE(summary.find("playback '<file>'"), std::string::npos);
+    EXPECT_NE(output->all().find("add volume <id> [name '<name>']"), std::string::npos);
     output->take();
     ASSERT_TRUE(TarvoInterface::cmd("help playb"));
     const std::string playback = output->all();
     EXPECT_TRUE(playback.starts_with("playback"));
-    EXPECT_NE(playback.find("interrupt"), std::string::npos);
-    EXPECT_EQ(playback.find("### "), std::string::npos);
+    EXPECT_EQ(playback.find("### "), std::string::npos) << "the section without its markup";
     output->take();
     // A command without a reference section shows its summary line.
     TarvoInterface::print_raw_help("add then fail", 0, 0);
     EXPECT_EQ(output->all(), "add then fail <id>\n");
-    EXPECT_FALSE(TarvoInterface::cmd("help no such thing"));
-    EXPECT_EQ(error_lines().size(), 1u);
+    rejected("help no such thing");
 }
 
 TEST_F(CommandRunnerTest, GmshWarningsReachTheMessageChannelAfterTheCommand) {

@@ -24,10 +24,6 @@ public:
     int count = 0;
 };
 
-QJsonObject response_of(const QJsonDocument& frame) {
-    return frame.object();
-}
-
 class RouterTest : public testing::Test {
 protected:
     RouterTest() : router(std::make_unique<TarvoMessageRouter>(&worker, false)) {
@@ -60,9 +56,9 @@ TEST_F(RouterTest, TwoTasksFinishedBeforeTheMainThreadWakesCostOneServing) {
     EXPECT_EQ(counter.count, 1);
     const auto frames = a.take();
     ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(response_of(frames[0]).value("id").toInt(), 1);
-    EXPECT_EQ(response_of(frames[1]).value("id").toInt(), 2);
-    EXPECT_EQ(response_of(frames[1]).value("result").toString(), "tarvo.get_version");
+    EXPECT_EQ(frames[0].object().value("id").toInt(), 1);
+    EXPECT_EQ(frames[1].object().value("id").toInt(), 2);
+    EXPECT_EQ(frames[1].object().value("result").toString(), "tarvo.get_version");
     router->removeEventFilter(&counter);
 }
 
@@ -70,8 +66,8 @@ TEST_F(RouterTest, InterruptIsAnsweredAtOnceAndReachesOnlyARunningTask) {
     call(a, "tarvo.request_interrupt", 1);
     auto frames = a.take();
     ASSERT_EQ(frames.size(), 1u);
-    EXPECT_TRUE(response_of(frames[0]).contains("result"));
-    EXPECT_TRUE(response_of(frames[0]).value("result").isNull());
+    EXPECT_TRUE(frames[0].object().contains("result"));
+    EXPECT_TRUE(frames[0].object().value("result").isNull());
     worker.wait_initialized();
     EXPECT_TRUE(worker.interrupted_methods().empty());
 
@@ -125,8 +121,8 @@ TEST_F(RouterTest, NewMonitorDataArrivesBeforeTheAnswerAndReachesEveryoneWhoSele
     ASSERT_EQ(frames.size(), 2u);
     EXPECT_EQ(frame_methods(frames[0]), std::vector<QString>{"fake.model"});
     EXPECT_TRUE(frames[0].object().value("params").toObject().value("full").toBool());
-    EXPECT_EQ(response_of(frames[1]).value("id").toInt(), 1);
-    EXPECT_EQ(response_of(frames[1]).value("result"), QJsonValue(true));
+    EXPECT_EQ(frames[1].object().value("id").toInt(), 1);
+    EXPECT_EQ(frames[1].object().value("result"), QJsonValue(true));
 
     // A second client selecting the same key: both get the full data of its follow-up task.
     router->route(a.connection, request_with_id("datamonitor.add_model_monitor", 2)).wait();
@@ -134,7 +130,7 @@ TEST_F(RouterTest, NewMonitorDataArrivesBeforeTheAnswerAndReachesEveryoneWhoSele
     frames = a.take();
     ASSERT_EQ(frames.size(), 2u);
     EXPECT_EQ(frame_methods(frames[0]), std::vector<QString>{"fake.model"});
-    EXPECT_EQ(response_of(frames[1]).value("id").toInt(), 2);
+    EXPECT_EQ(frames[1].object().value("id").toInt(), 2);
     frames = b.take();
     ASSERT_EQ(frames.size(), 1u);
     EXPECT_TRUE(frames[0].object().value("params").toObject().value("full").toBool());
@@ -145,7 +141,7 @@ TEST_F(RouterTest, NewMonitorDataArrivesBeforeTheAnswerAndReachesEveryoneWhoSele
     EXPECT_FALSE(removed.valid());
     frames = a.take();
     ASSERT_EQ(frames.size(), 1u);
-    EXPECT_EQ(response_of(frames[0]).value("result"), QJsonValue(true));
+    EXPECT_EQ(frames[0].object().value("result"), QJsonValue(true));
 
     // An ordinary task now carries b's selection alone: a gets no data from it.
     router->route(a.connection, request_with_id("get_version", 4)).wait();
@@ -184,7 +180,7 @@ TEST_F(RouterTest, DepartedClientsWorkIsInterruptedAndItsQueueDropped) {
     const auto frames = b.take();
     ASSERT_EQ(frames.size(), 3u) << "monitor data of both tasks, then b's answer";
     EXPECT_EQ(frames[0].object().value("params").toObject().value("task").toString(), "slow");
-    EXPECT_EQ(response_of(frames[2]).value("result").toString(), "queued_b");
+    EXPECT_EQ(frames[2].object().value("result").toString(), "queued_b");
 }
 
 TEST_F(RouterTest, DepartureNeverInterruptsAnotherClientsTask) {
@@ -215,7 +211,7 @@ TEST_F(RouterTest, ClientsWaitingTasksAreBounded) {
     const auto refusals = a.take();
     ASSERT_EQ(refusals.size(), 2u) << "answered at once, never queued";
     for (const QJsonDocument& refusal : refusals)
-        EXPECT_EQ(response_of(refusal).value("error").toObject().value("code").toInt(), -32000);
+        EXPECT_EQ(refusal.object().value("error").toObject().value("code").toInt(), -32000);
     auto others = router->route(b.connection, request_with_id("other", 5));
 
     gate.open();
@@ -227,7 +223,7 @@ TEST_F(RouterTest, ClientsWaitingTasksAreBounded) {
     router->route(a.connection, request_with_id("again", 6)).wait();
     process_posted_events();
     ASSERT_EQ(a.frames.size(), 1u) << "room again once the tasks are done";
-    EXPECT_EQ(response_of(a.frames[0]).value("result").toString(), "again");
+    EXPECT_EQ(a.frames[0].object().value("result").toString(), "again");
 }
 
 TEST_F(RouterTest, NotificationsGoOutAsOneFramePerSubscriber) {
@@ -276,7 +272,7 @@ TEST_F(RouterTest, KernelPrintingReachesSubscribersBeforeTheAnswer) {
     EXPECT_EQ(frames[0].array()[0].toObject().value("params"), QJsonArray{"Created volume 1\n"});
     frames = b.take();
     ASSERT_EQ(frames.size(), 1u) << "b did not subscribe: only its answer";
-    EXPECT_EQ(response_of(frames[0]).value("id").toInt(), 3);
+    EXPECT_EQ(frames[0].object().value("id").toInt(), 3);
 }
 
 TEST_F(RouterTest, TestRenderQueuesTimedRendersAndNeverAnswers) {
