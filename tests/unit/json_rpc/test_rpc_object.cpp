@@ -21,35 +21,28 @@ RPCRequest request_with_id(const char* method, const QJsonValue& id) {
 } // namespace
 
 TEST(RPCObject, EveryWrittenMessageCarriesTheVersionTag) {
-    RPCRequest notification(QStringLiteral("print_message"), QJsonArray{QStringLiteral("hi")});
+    const RPCRequest notification(QStringLiteral("print_message"));
     RPCResponse result(request_with_id("tarvo.get_version", 1));
     result.set_result(QStringLiteral("19.0"));
     const RPCResponse error = RPCResponse::error(QJsonValue::Null, ErrorCode::ParseError);
-    RPCBatchRequest batch({notification, notification});
-
-    for (const RPCObject* message :
-         {static_cast<const RPCObject*>(&notification), static_cast<const RPCObject*>(&result),
-          static_cast<const RPCObject*>(&error)}) {
-        const QJsonValue text = wire(message->to_json_string());
-        ASSERT_TRUE(text.isObject()) << message->to_json_string().constData();
-        EXPECT_EQ(text[QLatin1String("jsonrpc")], QJsonValue(QStringLiteral("2.0")));
+    const QByteArray batch = RPCBatchRequest({notification, notification}).to_json_string();
+    for (const QByteArray& text :
+         {notification.to_json_string(), result.to_json_string(), error.to_json_string(), batch}) {
+        const QJsonValue message = wire(text);
+        for (const QJsonValue one : message.isArray() ? message.toArray() : QJsonArray{message})
+            EXPECT_EQ(one[QLatin1String("jsonrpc")], QJsonValue(QStringLiteral("2.0")))
+                << text.constData();
     }
-    for (const QJsonValue element : wire(batch.to_json_string()).toArray())
-        EXPECT_EQ(element[QLatin1String("jsonrpc")], QJsonValue(QStringLiteral("2.0")));
 }
 
 TEST(RPCObject, DefaultObjectsAreEmptyAndNothingElseIs) {
     EXPECT_TRUE(RPCResponse().is_empty());
     EXPECT_TRUE(RPCRequest().is_empty());
-    EXPECT_EQ(RPCRequest().method_name(), QString());
-
     // A null result is still an answer that goes to the client.
     RPCResponse response(request_with_id("tarvo.cmd", 4));
     response.set_result(QJsonValue::Null);
     EXPECT_FALSE(response.is_empty());
-    const QJsonValue text = wire(response.to_json_string());
-    EXPECT_TRUE(text.toObject().contains(QLatin1String("result")));
-    EXPECT_TRUE(text[QLatin1String("result")].isNull());
+    EXPECT_TRUE(wire(response.to_json_string()).toObject().contains(QLatin1String("result")));
 }
 
 TEST(RPCRequest, NotificationsAndParams) {

@@ -27,6 +27,18 @@ protected:
     std::vector<int> ids(const std::string& type, const std::string& text) {
         return TarvoInterface::parse_tarvo_list(type, text);
     }
+
+    // Reads an entity list from the start of `line` through the command cursor.
+    EntityList list_of(const std::string& line) {
+        std::vector<Token> tokens;
+        std::string error_text;
+        EXPECT_TRUE(tokenize(line, tokens, error_text)) << error_text;
+        cursor = std::make_unique<Cursor>(tokens);
+        EntityList list;
+        EXPECT_TRUE(cursor->entity_list(list)) << line;
+        return list;
+    }
+    std::unique_ptr<Cursor> cursor;
 };
 
 using Ids = std::vector<int>;
@@ -64,13 +76,8 @@ TEST_F(EntityListTest, NamesMatchGlobsWithoutRegardToCase) {
 }
 
 TEST_F(EntityListTest, CombinationsKeepOneGroupPerTypeInOrder) {
-    std::vector<Token> tokens;
-    std::string error_text;
-    ASSERT_TRUE(tokenize("volume 3 1, surface 11 volume 2 1 to 3 by 2", tokens, error_text));
-    Cursor cursor(tokens);
-    EntityList list;
-    ASSERT_TRUE(cursor.entity_list(list));
-    EXPECT_TRUE(cursor.at_end());
+    const EntityList list = list_of("volume 3 1, surface 11 volume 2 1 to 3 by 2");
+    EXPECT_TRUE(cursor->at_end());
     ASSERT_EQ(list.groups.size(), 2u);
     EXPECT_EQ(list.groups[0].type, "volume");
     EXPECT_EQ(list.groups[0].ids, (Ids{3, 1, 2}));
@@ -80,14 +87,8 @@ TEST_F(EntityListTest, CombinationsKeepOneGroupPerTypeInOrder) {
 }
 
 TEST_F(EntityListTest, ListStopsBeforeTheNextKeyword) {
-    std::vector<Token> tokens;
-    std::string error_text;
-    ASSERT_TRUE(tokenize("volume 1 2 by 1 0 0", tokens, error_text));
-    Cursor cursor(tokens);
-    EntityList list;
-    ASSERT_TRUE(cursor.entity_list(list));
-    EXPECT_EQ(list.ids_of("volume"), (Ids{1, 2}));
-    EXPECT_TRUE(cursor.keyword("by"));
+    EXPECT_EQ(list_of("volume 1 2 by 1 0 0").ids_of("volume"), (Ids{1, 2}));
+    EXPECT_TRUE(cursor->keyword("by"));
 }
 
 TEST_F(EntityListTest, UnknownIdsAreReportedOnceAndSkipped) {

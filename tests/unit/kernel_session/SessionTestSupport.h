@@ -67,16 +67,12 @@ public:
     std::vector<int> relatives(std::string_view source, int id,
                                std::string_view target) const override {
         std::set<int> found;
-        if (source == "volume" && target == "surface" && volume_surfaces.count(id)) {
-            const auto& faces = volume_surfaces.at(id);
-            found.insert(faces.begin(), faces.end());
-        }
-        if (source == "surface" && target == "volume") {
-            for (const auto& [volume, faces] : volume_surfaces) {
-                if (std::find(faces.begin(), faces.end(), id) != faces.end()) {
-                    found.insert(volume);
-                }
-            }
+        for (const auto& [volume, faces] : volume_surfaces) {
+            const bool bounds = std::find(faces.begin(), faces.end(), id) != faces.end();
+            if (source == "volume" && target == "surface" && volume == id)
+                found.insert(faces.begin(), faces.end());
+            if (source == "surface" && target == "volume" && bounds)
+                found.insert(volume);
         }
         return {found.begin(), found.end()};
     }

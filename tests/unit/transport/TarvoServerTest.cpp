@@ -71,50 +71,44 @@ void close_and_settle(Client& client, const FakeRouter& router) {
 }
 
 TEST(TarvoServerAdmission, IdComesFromTheQueryOrFromThePathWhenThereIsNoQuery) {
-    FakeRouter router;
-    auto server = start_server(router, "abc");
-
     struct Case {
         const char* rest;
         bool admitted;
     };
-    const Case cases[] = {
-        {"/?connection_id=abc", true},
-        {"/abc", true},
-        {"/?other=1&connection_id=abc", true},
-        {"/ABC", false},                 // case-sensitive
-        {"/?connection_id=ab", false},   // same prefix, shorter
-        {"/?connection_id=abcd", false}, // longer
-        {"/", false},                    // nothing in the path
-        {"", false},
-        {"/abc?x=1", false}, // a query without the item: the path isn't consulted
+    const struct {
+        QString id;
+        std::vector<Case> cases;
+    } servers[] = {
+        {"abc",
+         {
+             {"/?connection_id=abc", true},
+             {"/abc", true},
+             {"/?other=1&connection_id=abc", true},
+             {"/ABC", false},                 // case-sensitive
+             {"/?connection_id=ab", false},   // same prefix, shorter
+             {"/?connection_id=abcd", false}, // longer
+             {"/", false},                    // nothing in the path
+             {"", false},
+             {"/abc?x=1", false}, // a query without the item: the path isn't consulted
+         }},
+        // Compared after percent decoding, once.
+        {QString::fromUtf8("a b/\xC3\xA9"),
+         {
+             {"/?connection_id=a%20b%2F%C3%A9", true},
+             {"/a%20b/%C3%A9", true},
+             {"/?connection_id=a%2520b", false},
+         }},
+        // Without an id everyone is admitted.
+        {"", {{"", true}, {"/anything", true}, {"/?connection_id=zzz", true}}},
     };
-    for (const Case& c : cases) {
-        Client client;
-        EXPECT_EQ(open_and_settle(client, router, url_for(*server, c.rest)), c.admitted) << c.rest;
-    }
-    EXPECT_EQ(router.added.size(), 3u);
-}
-
-TEST(TarvoServerAdmission, IdIsComparedAfterPercentDecoding) {
-    FakeRouter router;
-    auto server = start_server(router, QString::fromUtf8("a b/\xC3\xA9"));
-
-    Client by_query;
-    EXPECT_TRUE(
-        open_and_settle(by_query, router, url_for(*server, "/?connection_id=a%20b%2F%C3%A9")));
-    Client by_path;
-    EXPECT_TRUE(open_and_settle(by_path, router, url_for(*server, "/a%20b/%C3%A9")));
-    Client undecoded;
-    EXPECT_FALSE(open_and_settle(undecoded, router, url_for(*server, "/?connection_id=a%2520b")));
-}
-
-TEST(TarvoServerAdmission, WithoutIdEveryClientIsAdmitted) {
-    FakeRouter router;
-    auto server = start_server(router, "");
-    for (const char* rest : {"", "/", "/anything", "/?connection_id=zzz", "/?x"}) {
-        Client client;
-        EXPECT_TRUE(open_and_settle(client, router, url_for(*server, rest))) << rest;
+    for (const auto& server_case : servers) {
+        FakeRouter router;
+        auto server = start_server(router, server_case.id);
+        for (const Case& c : server_case.cases) {
+            Client client;
+            EXPECT_EQ(open_and_settle(client, router, url_for(*server, c.rest)), c.admitted)
+                << server_case.id.toStdString() << ": " << c.rest;
+        }
     }
 }
 
