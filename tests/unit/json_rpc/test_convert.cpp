@@ -58,8 +58,6 @@ TEST(ConvertScalars, DoubleBoolString) {
     std::string text;
     EXPECT_TRUE(from_json(json(R"("mesh volume 1")"), text));
     EXPECT_EQ(text, "mesh volume 1");
-    EXPECT_TRUE(from_json(json(R"("")"), text));
-    EXPECT_EQ(text, "");
     // Non-ASCII text arrives as UTF-8 bytes.
     EXPECT_TRUE(from_json(json(R"("\u00e9")"), text));
     EXPECT_EQ(text, "\xc3\xa9");
@@ -113,9 +111,6 @@ TEST(ConvertFixedArrays, ExactSizeAndNumbers) {
 }
 
 TEST(ConvertResults, ShapesOfResults) {
-    EXPECT_EQ(to_json(true), QJsonValue(true));
-    EXPECT_EQ(to_json(7), QJsonValue(7));
-    EXPECT_EQ(to_json(2.5), QJsonValue(2.5));
     EXPECT_EQ(to_json(std::string("abc\0def", 7)), QJsonValue("abc"));
     EXPECT_EQ(to_json(std::string("\xc3\xa9")), QJsonValue(QStringLiteral("\u00e9")));
     EXPECT_EQ(to_json(static_cast<const char*>(nullptr)), QJsonValue(QString()));
@@ -123,10 +118,8 @@ TEST(ConvertResults, ShapesOfResults) {
 
     EXPECT_EQ(to_json(std::vector<int>{}), json("[]"));
     EXPECT_EQ(to_json(std::vector<std::vector<int>>{{1, 2}, {}, {3}}), json("[[1,2],[],[3]]"));
-    EXPECT_EQ(to_json(std::vector<std::string>{"a", "b"}), json(R"(["a","b"])"));
     EXPECT_EQ(to_json(std::vector<std::pair<std::string, int>>{{"curve", 4}, {"surface", 2}}),
               json(R"([["curve",4],["surface",2]])"));
-    EXPECT_EQ(to_json(std::vector<std::pair<int, int>>{{1, 2}}), json("[[1,2]]"));
     EXPECT_EQ(to_json(std::array<double, 4>{0.1, 0.2, 0.3, 1.0}), json("[0.1,0.2,0.3,1.0]"));
     EXPECT_EQ(to_json(std::vector<std::array<double, 3>>{{1, 2, 3}}), json("[[1,2,3]]"));
 
