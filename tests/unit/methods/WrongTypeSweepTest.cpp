@@ -254,7 +254,6 @@ TEST(WrongTypeSweep, EveryMethodAnswersOddParametersAndTheKernelStaysUp) {
     // A name read wrongly from the source makes every combination of its method refused.
     EXPECT_EQ(without_accepted, 0);
     EXPECT_GT(results, 0) << "no call reached the kernel";
-    EXPECT_LT(elapsed_ms, 30000);
 
     // Up and usable: a fresh model answers as a fresh model does.
     TarvoInterface::set_tarvo_interrupt(false);
