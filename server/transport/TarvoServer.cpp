@@ -162,34 +162,25 @@ void TarvoServer::disconnection() {
     }
 }
 
-TarvoServer::Connection* TarvoServer::connection_of(QObject* client) {
-    for (Connection& connection : connections) {
-        if (connection.client.get() == client)
-            return &connection;
-    }
-    return nullptr;
+template <class Write> void TarvoServer::write_frame(QObject* client, Write&& write) {
+    const auto it =
+        std::find_if(connections.begin(), connections.end(),
+                     [client](const Connection& c) { return c.client.get() == client; });
+    if (it == connections.end() || it->dropping)
+        return;
+    write(*it->socket);
+    mark_unflushed(it->socket);
+    check_backlog(*it);
 }
 
 void TarvoServer::send_text_message(QString message) {
     if (debug_json)
         log_message(QLatin1String("<- ") + message);
-    // A frame queued from the worker thread can arrive after its client was removed; it is
-    // dropped then, as is any frame for a connection that is being dropped.
-    Connection* connection = connection_of(sender());
-    if (connection == nullptr || connection->dropping)
-        return;
-    connection->socket->sendTextMessage(message);
-    mark_unflushed(connection->socket);
-    check_backlog(*connection);
+    write_frame(sender(), [&](QWebSocket& socket) { socket.sendTextMessage(message); });
 }
 
 void TarvoServer::send_binary_message(QByteArray message) {
-    Connection* connection = connection_of(sender());
-    if (connection == nullptr || connection->dropping)
-        return;
-    connection->socket->sendBinaryMessage(message);
-    mark_unflushed(connection->socket);
-    check_backlog(*connection);
+    write_frame(sender(), [&](QWebSocket& socket) { socket.sendBinaryMessage(message); });
 }
 
 void TarvoServer::check_backlog(Connection& connection) {

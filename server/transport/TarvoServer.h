@@ -92,8 +92,11 @@ private:
         bool dropping = false;
     };
 
-    Connection* connection_of(QObject* client);
-    // After a write: drops the connection once its unsent output passes max_backlog.
+    // Writes one frame of `client` with `write(QWebSocket&)`, unless the client has gone (a frame
+    // queued from the worker thread can arrive after its client was removed) or its connection
+    // is being dropped. Then the socket waits for the flush before the loop sleeps, and the
+    // connection is dropped once its unsent output passes max_backlog. Used only in the .cpp.
+    template <class Write> void write_frame(QObject* client, Write&& write);
     void check_backlog(Connection& connection);
     void mark_unflushed(QWebSocket* socket);
     // Connected to the main event dispatcher's aboutToBlock.
