@@ -71,9 +71,26 @@ const std::vector<std::vector<std::string>>& planned_headings() {
 }
 } // namespace
 
+namespace {
+// Whether every literal word of the heading stands somewhere in the line. A heading can only
+// match when it does, and this runs on every command: the entity lists of "<list> ..."
+// headings, whose parse resolves ids against the model, are parsed only for lines that might.
+bool words_present(const std::vector<std::string>& heading, const std::vector<Token>& tokens) {
+    return std::all_of(heading.begin(), heading.end(), [&](const std::string& word) {
+        return word == kListPlaceholder ||
+               std::any_of(tokens.begin(), tokens.end(), [&](const Token& token) {
+                   return !token.quoted && !token.comma && keyword_matches(token.text, word);
+               });
+    });
+}
+} // namespace
+
 PlannedCommand planned_command(const std::vector<Token>& tokens) {
     PlannedCommand best;
     for (const std::vector<std::string>& heading : planned_headings()) {
+        if (heading.size() <= best.words || !words_present(heading, tokens)) {
+            continue;
+        }
         size_t pos = 0, words = 0;
         for (; words < heading.size() && pos < tokens.size(); ++words) {
             const Token& token = tokens[pos];
