@@ -26,6 +26,8 @@ void init_view_module();
 void shutdown_view_module();
 // Listing keeps no state of its own: it only registers commands.
 void init_listing_module();
+void init_mesh_module();
+void shutdown_mesh_module();
 
 } // namespace tarvo::kernel
 
@@ -37,9 +39,11 @@ void init_modules() {
     init_geometry_module();
     init_view_module();
     init_listing_module();
+    init_mesh_module();
 }
 
 void shutdown_modules() {
+    shutdown_mesh_module();
     shutdown_view_module();
     shutdown_geometry_module();
 }

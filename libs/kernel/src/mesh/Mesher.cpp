@@ -1,0 +1,477 @@
+// `mesh <list>`: lower dimensions first, keeping every mesh that exists.
+//
+// How Gmsh 4.8 is used so that new meshes conform to old ones (kernel README, "Meshing"):
+// - Vertices are ours (one node at the vertex).
+// - Curves and surfaces are meshed by Gmsh on the OpenCASCADE geometry. The geometry is pushed
+//   afresh for each command and the stored curve meshes are given back to it; with
+//   Mesh.MeshOnlyEmpty Gmsh keeps given curve meshes, and a surface's mesh depends only on its
+//   curves. (Given surface meshes are not kept: generate(2) de-meshes every surface.)
+// - Volumes are meshed from their stored boundary meshes: tets by Gmsh in a second, discrete
+//   model whose surfaces are exactly the stored triangles and quads (the boundary is kept node
+//   for node), hexes by our own mapper and sweeper (Structured.h).
+
+#include "core/Session.h"
+#include "geometry/GeometryGmsh.h"
+#include "geometry/GeometryModule.h"
+#include "mesh/MeshModule.h"
+#include "mesh/Sizing.h"
+#include "mesh/Structured.h"
+#include "tarvo/TIObserve.h"
+
+#include <BRep_Tool.hxx>
+#include <TopoDS.hxx>
+#include <gmsh.h>
+
+#include <algorithm>
+#include <set>
+#include <unordered_map>
+
+namespace tarvo::kernel::mesh {
+
+namespace {
+
+GeometryModel& model() {
+    return geometry_module()->model();
+}
+
+// Gmsh element type numbers.
+constexpr int kGmshPoint = 15, kGmshLine = 1, kGmshTri = 2, kGmshQuad = 3, kGmshTet = 4,
+              kGmshHex = 5, kGmshPrism = 6, kGmshPyramid = 7;
+
+std::optional<ElemKind> kind_of_gmsh(int type) {
+    switch (type) {
+    case kGmshLine:
+        return ElemKind::Edge;
+    case kGmshTri:
+        return ElemKind::Tri;
+    case kGmshQuad:
+        return ElemKind::Quad;
+    case kGmshTet:
+        return ElemKind::Tet;
+    case kGmshHex:
+        return ElemKind::Hex;
+    case kGmshPrism:
+        return ElemKind::Wedge;
+    case kGmshPyramid:
+        return ElemKind::Pyramid;
+    default:
+        return std::nullopt;
+    }
+}
+
+int gmsh_type_of(ElemKind kind) {
+    switch (kind) {
+    case ElemKind::Edge:
+        return kGmshLine;
+    case ElemKind::Tri:
+        return kGmshTri;
+    case ElemKind::Quad:
+        return kGmshQuad;
+    default:
+        return 0;
+    }
+}
+
+std::string plural(int n, const char* word) {
+    return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
+}
+
+std::string describe(const MeshPiece& p) {
+    std::string text;
+    for (const ElemBlock& b : p.blocks) {
+        if (!text.empty())
+            text += ", ";
+        text += plural(b.count(), std::string(info(b.kind).word).c_str());
+    }
+    return text.empty() ? "no elements" : text;
+}
+
+// One mesh command's work: the plan of what to mesh, the Gmsh session, the new pieces.
+class MeshRun {
+public:
+    explicit MeshRun(MeshModule& module) : m(module) {}
+
+    bool run(const std::vector<EntityKey>& list);
+
+private:
+    bool plan(const std::vector<EntityKey>& list);
+    bool mesh_vertices();
+    bool start_gmsh();
+    bool give_back_curves();
+    bool mesh_curves();
+    bool mesh_surface(int id);
+    bool mesh_volume(int id);
+    bool mesh_volume_tets(int id, NewMesh& out);
+    bool read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params);
+    void set_visible(const std::vector<std::pair<int, int>>& keep);
+    std::pair<int, int> tag_of(int dim, int id) const;
+    void done(Owner owner, const MeshPiece& piece);
+
+    MeshModule& m;
+    std::array<std::vector<int>, 4> todo;           // unmeshed entities per dimension, ascending
+    std::set<Owner> listed;                         // what the user named (reported one line each)
+    std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
+    GmshMap gmap;
+    std::string geo_model;
+    // Gmsh node tag -> node id, for nodes that Gmsh made in this run (given nodes keep their id
+    // as their tag).
+    std::unordered_map<std::size_t, int> node_of_tag;
+    int total = 0, finished = 0;
+    std::unique_ptr<Progress> progress;
+};
+
+std::pair<int, int> MeshRun::tag_of(int dim, int id) const {
+    const auto it = gmap.to_gmsh.find({kind_of_dim(dim), id});
+    return it == gmap.to_gmsh.end() ? std::pair{-1, -1} : it->second;
+}
+
+bool MeshRun::plan(const std::vector<EntityKey>& list) {
+    std::set<Owner> wanted;
+    for (const EntityKey& key : list) {
+        if (key.kind == GeomKind::Body) {
+            for (int v : model().relatives(GeomKind::Body, key.id, GeomKind::Volume)) {
+                wanted.insert({3, v});
+                listed.insert({3, v});
+            }
+            continue;
+        }
+        const int dim = dim_of_kind(key.kind);
+        wanted.insert({dim, key.id});
+        listed.insert({dim, key.id});
+    }
+    std::set<Owner> closure;
+    std::vector<Owner> stack(wanted.begin(), wanted.end());
+    while (!stack.empty()) {
+        const Owner o = stack.back();
+        stack.pop_back();
+        if (!closure.insert(o).second)
+            continue;
+        for (int b : m.boundary(o.dim, o.id))
+            stack.push_back({o.dim - 1, b});
+    }
+    for (const Owner& o : closure)
+        if (!m.state().meshed(o))
+            todo[o.dim].push_back(o.id);
+    for (auto& ids : todo)
+        std::sort(ids.begin(), ids.end());
+
+    // A swept volume's target surface is made by the sweep, not by the surface mesher.
+    for (int v : todo[3]) {
+        if (scheme_of(GeomKind::Volume, v) != Scheme::Sweep)
+            continue;
+        int source = 0, target = 0;
+        sweep_surfaces(v, source, target);
+        std::string why;
+        if (!find_sweep_pair(m, v, source, target, why))
+            return error(why);
+        sweep_pairs[v] = {source, target};
+        if (m.state().meshed({2, target}))
+            return error("volume " + std::to_string(v) + " cannot be swept: its target surface " +
+                         std::to_string(target) + " is meshed already");
+        std::erase(todo[2], target);
+    }
+    total = static_cast<int>(todo[1].size() + todo[2].size() + todo[3].size() + sweep_pairs.size());
+    return true;
+}
+
+bool MeshRun::mesh_vertices() {
+    for (int id : todo[0]) {
+        const gp_Pnt p = BRep_Tool::Pnt(TopoDS::Vertex(model().shape(GeomKind::Vertex, id)));
+        NewMesh mesh;
+        mesh.nodes.push_back({p.X(), p.Y(), p.Z()});
+        m.publish({0, id}, std::move(mesh), "vertex");
+    }
+    return true;
+}
+
+bool MeshRun::start_gmsh() {
+    if (!push_to_gmsh(model(), gmap))
+        return false;
+    gmsh::model::getCurrent(geo_model);
+    gmsh::option::setNumber("Mesh.MeshOnlyVisible", 1);
+    gmsh::option::setNumber("Mesh.MeshOnlyEmpty", 1);
+    // Node tags are our node ids for given meshes: Gmsh must not renumber them.
+    gmsh::option::setNumber("Mesh.Renumber", 0);
+    gmsh::option::setNumber("Mesh.MeshSizeFromPoints", 0);
+    gmsh::option::setNumber("Mesh.MeshSizeFromCurvature", 0);
+    gmsh::option::setNumber("Mesh.MeshSizeExtendFromBoundary", 1);
+    return true;
+}
+
+// Vertex nodes and stored curve meshes go back to Gmsh with their ids as tags.
+bool MeshRun::give_back_curves() {
+    for (const auto& [owner, piece] : m.state().pieces()) {
+        if (owner.dim > 1)
+            continue;
+        const auto [dim, tag] = tag_of(owner.dim, owner.id);
+        if (tag < 0)
+            continue;
+        std::vector<std::size_t> tags;
+        std::vector<double> xyz;
+        for (int i = 0; i < piece->node_count(); ++i) {
+            tags.push_back(static_cast<std::size_t>(piece->first_node + i));
+            xyz.insert(xyz.end(), piece->nodes[i].begin(), piece->nodes[i].end());
+        }
+        if (!tags.empty())
+            gmsh::model::mesh::addNodes(dim, tag, tags, xyz, piece->params);
+        if (owner.dim == 0) {
+            gmsh::model::mesh::addElementsByType(tag, kGmshPoint, {}, tags);
+            continue;
+        }
+        for (const ElemBlock& b : piece->blocks) {
+            std::vector<std::size_t> conn(b.conn.begin(), b.conn.end());
+            gmsh::model::mesh::addElementsByType(tag, kGmshLine, {}, conn);
+        }
+    }
+    return true;
+}
+
+void MeshRun::set_visible(const std::vector<std::pair<int, int>>& keep) {
+    gmsh::vectorpair all;
+    gmsh::model::getEntities(all);
+    gmsh::model::setVisibility(all, 0, false);
+    gmsh::model::setVisibility(keep, 1, false);
+}
+
+// Nodes inside Gmsh's entity (dim, tag) become new nodes; its elements refer to ids.
+bool MeshRun::read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params) {
+    std::vector<std::size_t> tags;
+    std::vector<double> xyz, params;
+    gmsh::model::mesh::getNodes(tags, xyz, params, dim, tag, false, with_params);
+    std::unordered_map<std::size_t, int> local;
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+        local[tags[i]] = static_cast<int>(out.nodes.size());
+        out.nodes.push_back({xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]});
+        if (with_params && params.size() == tags.size())
+            out.params.push_back(params[i]);
+    }
+    std::vector<int> types;
+    std::vector<std::vector<std::size_t>> elem_tags, elem_nodes;
+    gmsh::model::mesh::getElements(types, elem_tags, elem_nodes, dim, tag);
+    for (std::size_t t = 0; t < types.size(); ++t) {
+        const auto kind = kind_of_gmsh(types[t]);
+        if (!kind)
+            return error("Gmsh made elements of an unsupported type " + std::to_string(types[t]));
+        auto& conn = out.block(*kind).conn;
+        for (std::size_t n : elem_nodes[t]) {
+            if (auto it = local.find(n); it != local.end()) {
+                conn.push_back(NewMesh::local(it->second));
+            } else if (auto jt = node_of_tag.find(n); jt != node_of_tag.end()) {
+                conn.push_back(jt->second);
+            } else if (m.state().find_node(static_cast<int>(n))) {
+                conn.push_back(static_cast<int>(n));
+            } else {
+                // A node on an entity the kernel has no id for (a degenerate edge at a pole):
+                // it becomes this entity's own.
+                std::vector<double> c, p;
+                gmsh::model::mesh::getNode(n, c, p);
+                local[n] = static_cast<int>(out.nodes.size());
+                out.nodes.push_back({c[0], c[1], c[2]});
+                conn.push_back(NewMesh::local(local[n]));
+            }
+        }
+    }
+    return true;
+}
+
+void MeshRun::done(Owner owner, const MeshPiece&) {
+    events().emit(&TarvoInterface::TIObserve::notify_mesh_created,
+                  std::string(owner_word(owner.dim)), owner.id);
+    ++finished;
+    if (progress)
+        progress->step(finished, total);
+}
+
+bool MeshRun::mesh_curves() {
+    if (todo[1].empty())
+        return true;
+    std::vector<std::pair<int, int>> visible;
+    for (int id : todo[1]) {
+        const auto dt = tag_of(1, id);
+        if (dt.second < 0)
+            return error("curve " + std::to_string(id) + " is unknown to Gmsh");
+        const CurvePlan plan = curve_plan(id);
+        if (plan.bias == BiasType::DualBias) {
+            gmsh::model::mesh::setTransfiniteCurve(dt.second, plan.intervals + 1, "Bump",
+                                                   plan.factor);
+        } else {
+            const double coef = plan.bias == BiasType::Bias ? plan.factor : 1.0;
+            gmsh::model::mesh::setTransfiniteCurve(dt.second, plan.intervals + 1, "Progression",
+                                                   plan.from_end ? -coef : coef);
+        }
+        visible.push_back(dt);
+        for (int v : m.boundary(1, id))
+            visible.push_back(tag_of(0, v));
+    }
+    set_visible(visible);
+    gmsh::model::mesh::generate(1);
+    for (int id : todo[1]) {
+        if (interrupted())
+            return error("Interrupted");
+        NewMesh mesh;
+        const auto dt = tag_of(1, id);
+        if (!read_gmsh_piece(1, dt.second, mesh, true))
+            return false;
+        std::vector<std::size_t> tags;
+        std::vector<double> xyz, params;
+        gmsh::model::mesh::getNodes(tags, xyz, params, 1, dt.second, false, false);
+        const MeshPiece& piece = m.publish({1, id}, std::move(mesh), "equal");
+        for (std::size_t i = 0; i < tags.size(); ++i)
+            node_of_tag[tags[i]] = piece.first_node + static_cast<int>(i);
+        done({1, id}, piece);
+    }
+    return true;
+}
+
+bool MeshRun::mesh_surface(int id) {
+    const auto dt = tag_of(2, id);
+    if (dt.second < 0)
+        return error("surface " + std::to_string(id) + " is unknown to Gmsh");
+    const Scheme scheme = scheme_of(GeomKind::Surface, id);
+    bool linking = false;
+    for (const auto& [v, pair] : sweep_pairs) {
+        const auto faces = m.boundary(3, v);
+        linking = linking || (id != pair.first && id != pair.second &&
+                              std::find(faces.begin(), faces.end(), id) != faces.end());
+    }
+    std::string used = "trimesh";
+    if (scheme == Scheme::Map || linking) {
+        if (m.boundary(2, id).size() != 4)
+            return error("surface " + std::to_string(id) + " cannot be mapped: it has " +
+                         std::to_string(m.boundary(2, id).size()) + " curves, not four");
+        gmsh::model::mesh::setTransfiniteSurface(dt.second);
+        gmsh::model::mesh::setRecombine(2, dt.second);
+        used = "map";
+    } else if (scheme == Scheme::Pave) {
+        gmsh::model::mesh::setRecombine(2, dt.second);
+        used = "pave";
+    }
+    gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Surface, id));
+    std::vector<std::pair<int, int>> visible{dt};
+    for (int c : m.boundary(2, id)) {
+        visible.push_back(tag_of(1, c));
+        for (int v : m.boundary(1, c))
+            visible.push_back(tag_of(0, v));
+    }
+    set_visible(visible);
+    gmsh::model::mesh::generate(2);
+    NewMesh mesh;
+    if (!read_gmsh_piece(2, dt.second, mesh, false))
+        return false;
+    if (mesh.blocks.empty())
+        return error("Gmsh made no elements on surface " + std::to_string(id));
+    if (used == "map" && mesh.blocks.size() != 1)
+        return error("surface " + std::to_string(id) + " could not be mapped into quads");
+    done({2, id}, m.publish({2, id}, std::move(mesh), used));
+    return true;
+}
+
+// Tets from the stored boundary: a discrete model whose surfaces hold exactly the boundary's
+// triangles and quads (node tags are our ids), so the volume mesh uses them node for node.
+bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
+    gmsh::model::add("tarvo-volume");
+    std::set<int> placed;
+    std::vector<int> surfaces;
+    int tag = 0;
+    for (int s : m.boundary(3, id)) {
+        const MeshPiece* piece = m.state().piece({2, s});
+        if (!piece)
+            return error("surface " + std::to_string(s) + " has no mesh");
+        gmsh::model::addDiscreteEntity(2, ++tag);
+        surfaces.push_back(tag);
+        std::vector<std::size_t> nodes;
+        std::vector<double> xyz;
+        for (const ElemBlock& b : piece->blocks)
+            for (int n : b.conn)
+                if (placed.insert(n).second) {
+                    nodes.push_back(static_cast<std::size_t>(n));
+                    const Point3 p = *m.state().node_position(n);
+                    xyz.insert(xyz.end(), p.begin(), p.end());
+                }
+        gmsh::model::mesh::addNodes(2, tag, nodes, xyz);
+        for (const ElemBlock& b : piece->blocks) {
+            std::vector<std::size_t> conn(b.conn.begin(), b.conn.end());
+            gmsh::model::mesh::addElementsByType(tag, gmsh_type_of(b.kind), {}, conn);
+        }
+    }
+    const int loop = gmsh::model::geo::addSurfaceLoop(surfaces);
+    const int volume = gmsh::model::geo::addVolume({loop});
+    gmsh::model::geo::synchronize();
+    gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Volume, id));
+    gmsh::model::mesh::generate(3);
+    const bool ok = read_gmsh_piece(3, volume, out, false);
+    gmsh::model::remove();
+    gmsh::model::setCurrent(geo_model);
+    if (!ok)
+        return false;
+    if (out.blocks.empty())
+        return error("Gmsh made no tets in volume " + std::to_string(id));
+    return true;
+}
+
+bool MeshRun::mesh_volume(int id) {
+    const Scheme scheme = scheme_of(GeomKind::Volume, id);
+    NewMesh mesh;
+    std::string why, used;
+    if (const auto pair = sweep_pairs.find(id); pair != sweep_pairs.end()) {
+        const auto [source, target] = pair->second;
+        NewMesh target_mesh;
+        if (!sweep_target(m, id, source, target, target_mesh, why))
+            return error(why);
+        done({2, target}, m.publish({2, target}, std::move(target_mesh), "sweep target"));
+        if (!sweep_volume(m, id, source, target, mesh, why))
+            return error(why);
+        used = "sweep";
+    } else if (scheme == Scheme::Map) {
+        if (!map_volume(m, id, mesh, why))
+            return error(why);
+        used = "map";
+    } else {
+        if (!mesh_volume_tets(id, mesh))
+            return false;
+        used = "tetmesh";
+    }
+    done({3, id}, m.publish({3, id}, std::move(mesh), used));
+    return true;
+}
+
+bool MeshRun::run(const std::vector<EntityKey>& list) {
+    m.drop_stale();
+    if (!plan(list))
+        return false;
+    if (total == 0 && todo[0].empty()) {
+        print("Nothing to mesh: everything listed is meshed already");
+        return true;
+    }
+    progress = std::make_unique<Progress>("Meshing", plural(total, "entity"));
+    if (!mesh_vertices() || !start_gmsh() || !give_back_curves() || !mesh_curves())
+        return false;
+    for (int id : todo[2]) {
+        if (interrupted())
+            return error("Interrupted");
+        if (!mesh_surface(id))
+            return false;
+    }
+    for (int id : todo[3]) {
+        if (interrupted())
+            return error("Interrupted");
+        if (!mesh_volume(id))
+            return false;
+    }
+    for (const Owner& o : listed)
+        if (const MeshPiece* p = m.state().piece(o))
+            print(std::string("Meshed ") + owner_word(o.dim) + " " + std::to_string(o.id) + ": " +
+                  describe(*p) + " (" + p->scheme + ")");
+    return true;
+}
+
+} // namespace
+
+bool MeshModule::mesh(const std::vector<EntityKey>& list) {
+    return guarded("mesh", [&] {
+        MeshRun run(*this);
+        return run.run(list);
+    });
+}
+
+} // namespace tarvo::kernel::mesh

@@ -1,0 +1,44 @@
+#pragma once
+// Hex meshing of our own, on the stored boundary meshes (Gmsh 4.8 cannot mesh a volume against
+// meshes it did not make, nor sweep an existing volume):
+//
+// - map_volume: a volume that is a logical cube (six faces, each meshed as a structured quad grid,
+//   opposite faces with equal counts) gets hexes by transfinite interpolation of its boundary
+//   grids. Every node of the boundary is reused, so the hexes conform to the surfaces.
+// - sweep_volume: a volume between a source and a target surface, joined by linking surfaces that
+//   are structured quad grids, gets layers of hexes (wedges under triangles) by moving the
+//   source mesh layer by layer along the linking curves; the last layer is the target surface's
+//   mesh, projected onto the target surface. Translate and rotate sweeps at least.
+//
+// Both fail with `why` set (one sentence, for the user) and build nothing when the volume does
+// not qualify. Source/target 0 means "find them".
+//
+// Threading: kernel thread only.
+
+#include "mesh/NewMesh.h"
+
+#include <string>
+
+namespace tarvo::kernel::mesh {
+
+class MeshModule;
+
+bool map_volume(const MeshModule& module, int volume_id, NewMesh& out, std::string& why);
+
+// Sweeping takes two calls so that every piece refers only to published nodes:
+// 1. find_sweep_pair() picks (or checks the given) source and target surfaces from the geometry
+//    alone, before any surface is meshed: two faces that every other face (a linking surface)
+//    joins, each linking surface four-sided. The mesher then meshes the source as its scheme
+//    says, the linking surfaces as mapped quad grids, and leaves the target unmeshed.
+// 2. sweep_target() builds the target surface's mesh: the source mesh carried to the target
+//    and projected onto it; the caller publishes it for the target surface.
+// 3. sweep_volume() builds the volume's hexes (wedges under source triangles) layer by layer;
+//    its connectivity refers to the published source, target and linking surface nodes.
+bool find_sweep_pair(const MeshModule& module, int volume_id, int& source, int& target,
+                     std::string& why);
+bool sweep_target(const MeshModule& module, int volume_id, int source, int target, NewMesh& out,
+                  std::string& why);
+bool sweep_volume(const MeshModule& module, int volume_id, int source, int target, NewMesh& out,
+                  std::string& why);
+
+} // namespace tarvo::kernel::mesh

@@ -1,0 +1,20 @@
+// Kernel functions of this family that are not written yet: the mesh database's counts, element
+// measures and quality.
+//
+// Each STUB line defines one function of tarvo/TarvoInterface.h that prints
+// "ERROR: <name> is not available in this kernel yet." and answers its failure value, and lists
+// it in TarvoInterface::not_built_functions(). Delete the STUB line when you define the function
+// (a forgotten line shows up as a multiple-definition error at link time).
+
+#include "placeholders/Stub.h"
+
+namespace TarvoInterface {
+
+STUB(get_meshed_volume_or_area, (const std::string&, const std::vector<int>&), double)
+STUB_VOID(get_quality_stats, (const std::string&, const std::vector<int>&, const std::string&,
+                              double, bool, double, double, double&, double&, double&, double&,
+                              int&, int&, std::vector<int>&, std::string&, int&, bool))
+STUB(get_quality_value, (const std::string&, int, const std::string&), double)
+STUB(get_hex_sheet, (int, int), std::vector<int>)
+
+} // namespace TarvoInterface

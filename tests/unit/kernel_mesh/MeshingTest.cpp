@@ -1,0 +1,215 @@
+// Meshing through the command language: tets against stored boundaries, conformity between
+// meshes made by separate commands, what undo, delete and geometry changes do to a mesh, and the
+// interrupt between volumes.
+
+#include "MeshTestSupport.h"
+
+#include "tarvo_util/TarvoProgressHandler.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+namespace mesh_test {
+namespace {
+
+// Coordinates rounded to 1e-9, so that two nodes at one place compare equal.
+std::array<long long, 3> key(const Point& p) {
+    return {std::llround(p[0] * 1e9), std::llround(p[1] * 1e9), std::llround(p[2] * 1e9)};
+}
+
+// Sorted node ids of each face of each tet of a volume.
+std::multiset<std::vector<int>> tet_faces(int volume) {
+    static const int faces[4][3] = {{0, 1, 3}, {1, 2, 3}, {0, 3, 2}, {0, 2, 1}};
+    std::multiset<std::vector<int>> out;
+    for (int t : TarvoInterface::parse_tarvo_list("tet", "in volume " + std::to_string(volume))) {
+        const auto c = TarvoInterface::get_connectivity("tet", t);
+        for (const auto& f : faces) {
+            std::vector<int> face{c[f[0]], c[f[1]], c[f[2]]};
+            std::sort(face.begin(), face.end());
+            out.insert(face);
+        }
+    }
+    return out;
+}
+
+using MeshingTest = MeshTest;
+
+TEST_F(MeshingTest, TetsFillABracketWithAHoleExactly) {
+    // Flat faces only, so the tets must fill the solid to rounding.
+    run("create box 10 6 4");
+    run("create box 3 3 10");
+    run("subtract volume 2 from volume 1");
+    run("volume 1 size 1");
+    run("mesh volume 1");
+    const auto volumes = tet_volumes(1);
+    ASSERT_GT(volumes.size(), 200u);
+    EXPECT_GT(*std::min_element(volumes.begin(), volumes.end()), 0.0) << "inverted tet";
+    const double sum = std::accumulate(volumes.begin(), volumes.end(), 0.0);
+    EXPECT_NEAR(sum, TarvoInterface::get_volume_area(1), 1e-6 * sum);
+    EXPECT_EQ(TarvoInterface::get_tet_count(), static_cast<int>(volumes.size()));
+    EXPECT_TRUE(TarvoInterface::volume_contains_tets(1));
+    EXPECT_EQ(TarvoInterface::get_mesh_element_type("volume", 1), "TET4");
+    // One event per meshed volume, surface and curve: 1 + 10 + 24.
+    EXPECT_EQ(recorder.starting("mesh_created volume").size(), 1u);
+    EXPECT_EQ(recorder.starting("mesh_created surface").size(), 10u);
+    EXPECT_EQ(recorder.starting("mesh_created curve").size(), 24u);
+}
+
+TEST_F(MeshingTest, CurvedBoundaryNodesLieOnTheGeometry) {
+    run("create cylinder radius 2 height 5");
+    run("volume 1 size 0.5");
+    run("mesh volume 1");
+    const auto volumes = tet_volumes(1);
+    ASSERT_FALSE(volumes.empty());
+    EXPECT_GT(*std::min_element(volumes.begin(), volumes.end()), 0.0);
+    // Chords cut the circle, so the tets hold a little less than the cylinder.
+    const double sum = std::accumulate(volumes.begin(), volumes.end(), 0.0);
+    EXPECT_LT(sum, TarvoInterface::get_volume_area(1));
+    EXPECT_GT(sum, 0.98 * TarvoInterface::get_volume_area(1));
+    for (int s : TarvoInterface::get_relatives("volume", 1, "surface")) {
+        if (TarvoInterface::get_surface_type(s) != "Cylinder")
+            continue;
+        for (int n : in("node", "surface " + std::to_string(s))) {
+            const Point p = node(n);
+            EXPECT_NEAR(std::hypot(p[0], p[1]), 2.0, 1e-6) << "node " << n;
+        }
+    }
+}
+
+TEST_F(MeshingTest, SeparateCommandsMeshMergedVolumesConformingly) {
+    run("create box 2");
+    run("create box 2");
+    run("move volume 2 by 2 0 0");
+    run("create box 2");
+    run("move volume 3 by 0 2 0");
+    run("merge all");
+    run("volume all size 0.5");
+    run("mesh volume 1");
+    const auto before = in("node", "volume 1");
+    const auto first_tets = in("tet", "volume 1");
+    run("mesh volume 2");
+    run("mesh volume 3");
+    // Volume 1 kept its mesh, ids and all.
+    EXPECT_EQ(in("node", "volume 1"), before);
+    EXPECT_EQ(in("tet", "volume 1"), first_tets);
+
+    std::set<std::array<long long, 3>> places;
+    const int nodes = TarvoInterface::get_node_count();
+    for (int n : TarvoInterface::parse_tarvo_list("node", "all"))
+        EXPECT_TRUE(places.insert(key(node(n))).second) << "two nodes at the place of " << n;
+    EXPECT_EQ(static_cast<int>(places.size()), nodes);
+
+    // Every triangle of a shared surface is a face of a tet on each side.
+    for (auto [a, b] : {std::pair{1, 2}, std::pair{1, 3}}) {
+        const auto fa = tet_faces(a), fb = tet_faces(b);
+        int shared = 0;
+        for (int s : TarvoInterface::get_relatives("volume", a, "surface")) {
+            const auto vols = TarvoInterface::get_relatives("surface", s, "volume");
+            if (std::find(vols.begin(), vols.end(), b) == vols.end())
+                continue;
+            for (int t : in("tri", "surface " + std::to_string(s))) {
+                auto c = TarvoInterface::get_connectivity("tri", t);
+                std::sort(c.begin(), c.end());
+                EXPECT_EQ(fa.count(c), 1u);
+                EXPECT_EQ(fb.count(c), 1u);
+                ++shared;
+            }
+        }
+        EXPECT_GT(shared, 0) << "volumes " << a << " and " << b << " share no meshed surface";
+    }
+}
+
+TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
+    run("create box 4");
+    run("volume 1 size 1");
+    run("mesh volume 1");
+    const int tets = TarvoInterface::get_tet_count();
+    const int nodes = TarvoInterface::get_node_count();
+    ASSERT_GT(tets, 0);
+
+    run("delete mesh volume 1");
+    EXPECT_EQ(TarvoInterface::get_tet_count(), 0);
+    EXPECT_FALSE(TarvoInterface::is_meshed("volume", 1));
+    EXPECT_TRUE(TarvoInterface::is_meshed("surface", 1)) << "without propagate the faces stay";
+    run("undo");
+    EXPECT_EQ(TarvoInterface::get_tet_count(), tets);
+    EXPECT_EQ(TarvoInterface::get_node_count(), nodes);
+
+    run("delete mesh volume 1 propagate");
+    EXPECT_EQ(TarvoInterface::get_node_count(), 0);
+    run("undo");
+    EXPECT_TRUE(TarvoInterface::is_meshed("volume", 1));
+
+    // A surface's mesh cannot outlive the volume mesh built on it being valid.
+    run("delete mesh surface 1");
+    EXPECT_FALSE(TarvoInterface::is_meshed("volume", 1));
+    run("undo");
+
+    run("move volume 1 by 1 0 0");
+    EXPECT_FALSE(TarvoInterface::is_meshed("volume", 1));
+    EXPECT_EQ(TarvoInterface::get_node_count(), 0);
+    run("undo");
+    EXPECT_EQ(TarvoInterface::get_tet_count(), tets);
+    EXPECT_EQ(TarvoInterface::get_nodal_coordinates(in("node", "vertex 1").front()),
+              TarvoInterface::get_center_point("vertex", 1));
+
+    run("undo"); // the mesh command itself
+    EXPECT_EQ(TarvoInterface::get_node_count(), 0);
+    EXPECT_FALSE(TarvoInterface::is_meshed("surface", 1));
+}
+
+TEST_F(MeshingTest, MeshQueriesAnswerFromTheDatabase) {
+    run("create box 2");
+    run("surface 1 size 1");
+    run("mesh surface 1");
+    const auto tris = in("tri", "surface 1");
+    ASSERT_FALSE(tris.empty());
+    const auto c = TarvoInterface::get_connectivity("tri", tris.front());
+    ASSERT_EQ(c.size(), 3u);
+    EXPECT_EQ(TarvoInterface::get_geometry_owner("tri", tris.front()), "surface 1");
+    for (int n : c) {
+        const auto users = TarvoInterface::get_node_tris(n);
+        EXPECT_NE(std::find(users.begin(), users.end(), tris.front()), users.end());
+    }
+    const Point p = node(c[0]);
+    EXPECT_EQ(TarvoInterface::get_closest_node(p[0] + 1e-3, p[1], p[2]), c[0]);
+    const auto corner = in("node", "vertex 1");
+    ASSERT_EQ(corner.size(), 1u);
+    EXPECT_TRUE(TarvoInterface::get_node_position_fixed(corner.front()));
+    EXPECT_EQ(TarvoInterface::get_geometry_owner("node", corner.front()), "vertex 1");
+    EXPECT_FALSE(TarvoInterface::get_node_exists(TarvoInterface::get_node_count() + 100));
+    EXPECT_TRUE(TarvoInterface::get_connectivity("tri", 999999).empty());
+}
+
+// A progress handler that asks for an interrupt once the first volume is meshed.
+class InterruptAfterFirstVolume : public TarvoProgressHandler {
+public:
+    explicit InterruptAfterFirstVolume(test_support::EventRecorder& r) : recorder(r) {}
+    void start(const char*, const char*, bool) override {}
+    void end() override {}
+    void percent(double) override {
+        if (!recorder.starting("mesh_created volume").empty())
+            TarvoInterface::set_tarvo_interrupt(true);
+    }
+    test_support::EventRecorder& recorder;
+};
+
+TEST_F(MeshingTest, InterruptStopsBetweenVolumesAndLeavesNothingHalfMeshed) {
+    for (int i = 0; i < 4; ++i) {
+        run("create box 1");
+        run("move volume " + std::to_string(i + 1) + " by " + std::to_string(2 * i) + " 0 0");
+    }
+    run("volume all size 0.25");
+    TarvoInterface::set_progress_handler(std::make_shared<InterruptAfterFirstVolume>(recorder));
+    const std::string why = rejected("mesh volume all");
+    TarvoInterface::set_progress_handler(nullptr);
+    EXPECT_NE(why.find("Interrupted"), std::string::npos) << why;
+    EXPECT_EQ(recorder.starting("mesh_created volume").size(), 1u) << "did not stop after one";
+    EXPECT_EQ(TarvoInterface::get_node_count(), 0) << "the failed command must leave no mesh";
+    for (int v = 1; v <= 4; ++v)
+        EXPECT_FALSE(TarvoInterface::is_meshed("volume", v));
+}
+
+} // namespace
+} // namespace mesh_test
