@@ -139,7 +139,9 @@ TEST(Quality, KnownShapes) {
     }
 }
 
-TEST(Quality, EveryListedMetricAppliesAndIsFiniteOnAnIdealElement) {
+// Every metric a kind lists applies to it, is finite on the ideal element and is never NaN on a
+// collapsed one (all corners at one point), where some Verdict functions divide zero by zero.
+TEST(Quality, EveryListedMetricIsFiniteOnIdealElementsAndNeverNaN) {
     const std::vector<std::pair<ElemKind, Corners>> ideal{
         {ElemKind::Edge, {{0, 0, 0}, {1, 0, 0}}},
         {ElemKind::Tri, kEquilateralTri},
@@ -159,6 +161,9 @@ TEST(Quality, EveryListedMetricAppliesAndIsFiniteOnAnIdealElement) {
             ASSERT_TRUE(value) << info(kind).word << ": " << name;
             EXPECT_TRUE(std::isfinite(*value) && std::abs(*value) < 1e29)
                 << info(kind).word << ": " << name << " = " << *value;
+            const Corners collapsed(corners.size(), Point3{1, 2, 3});
+            EXPECT_FALSE(std::isnan(*quality_value(kind, name, collapsed.data())))
+                << info(kind).word << ": " << name;
         }
     }
     EXPECT_TRUE(metrics_for(ElemKind::Sphere).empty());

@@ -229,13 +229,26 @@ const MetricRow* find_row(std::string_view name) {
     return nullptr;
 }
 
-MetricFn find_fn(std::string_view metric, ElemKind kind) {
-    const MetricRow* row = find_row(metric);
-    return row ? row->fn.of(kind) : nullptr;
-}
+// The function of `metric` for `kind` and the value that stands for NaN: a few Verdict functions
+// divide zero by zero on a collapsed element (quad and hex distortion, hex dimension, tet
+// equivolume skew). It becomes 0 where low is bad (a collapsed element has no size and no
+// Jacobian) and Verdict's own "degenerate" value 1e30 where high is bad, so that statistics and
+// thresholds never meet a NaN.
+struct Evaluator {
+    MetricFn fn = nullptr;
+    double instead_of_nan = 0;
 
-const double (*as_verdict(const Point3* corners))[3] {
-    return reinterpret_cast<const double(*)[3]>(corners);
+    double operator()(int nodes, const Point3* corners) const {
+        const double v = fn(nodes, reinterpret_cast<const double(*)[3]>(corners));
+        return std::isnan(v) ? instead_of_nan : v;
+    }
+};
+
+Evaluator find_evaluator(std::string_view metric, ElemKind kind) {
+    const MetricRow* row = find_row(metric);
+    if (!row)
+        return {};
+    return {row->fn.of(kind), row->bad == Bad::Low ? 0.0 : 1e30};
 }
 
 } // namespace
@@ -271,24 +284,24 @@ std::string_view default_metric(ElemKind kind) {
 }
 
 bool metric_applies(std::string_view metric, ElemKind kind) {
-    return find_fn(metric, kind) != nullptr;
+    return find_evaluator(metric, kind).fn != nullptr;
 }
 
 std::optional<double> quality_value(ElemKind kind, std::string_view metric, const Point3* corners) {
-    const MetricFn fn = find_fn(metric, kind);
-    if (!fn)
+    const Evaluator score = find_evaluator(metric, kind);
+    if (!score.fn)
         return std::nullopt;
-    return fn(info(kind).nodes, as_verdict(corners));
+    return score(info(kind).nodes, corners);
 }
 
 bool quality_values(ElemKind kind, std::string_view metric, const Point3* corners,
                     std::size_t count, double* out) {
-    const MetricFn fn = find_fn(metric, kind);
-    if (!fn)
+    const Evaluator score = find_evaluator(metric, kind);
+    if (!score.fn)
         return false;
     const int nodes = info(kind).nodes;
     for (std::size_t i = 0; i < count; ++i)
-        out[i] = fn(nodes, as_verdict(corners + i * nodes));
+        out[i] = score(nodes, corners + i * nodes);
     return true;
 }
 

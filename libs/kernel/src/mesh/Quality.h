@@ -47,8 +47,9 @@ std::string_view default_metric(ElemKind kind);
 bool metric_applies(std::string_view metric, ElemKind kind);
 
 // The value of `metric` for one element whose corners are `corners[0 .. info(kind).nodes)`, or
-// nullopt when the name is unknown or the metric does not apply to the kind. Degenerate elements
-// get Verdict's clamped values (within +-1e30), never NaN from a zero length.
+// nullopt when the name is unknown or the metric does not apply to the kind. Never NaN: Verdict
+// clamps degenerate elements to +-1e30, and where it would answer NaN for a collapsed element
+// the value is 0 for a metric whose low values are bad and 1e30 for one whose high values are.
 std::optional<double> quality_value(ElemKind kind, std::string_view metric, const Point3* corners);
 
 // The batch form, for whole meshes: `count` elements with their corners back to back
