@@ -31,7 +31,8 @@ bool map_volume(const MeshModule& module, int volume_id, NewMesh& out, std::stri
 //    joins, each linking surface four-sided. The mesher then meshes the source as its scheme
 //    says, the linking surfaces as mapped quad grids, and leaves the target unmeshed.
 // 2. sweep_target() builds the target surface's mesh: the source mesh carried to the target
-//    and projected onto it; the caller publishes it for the target surface.
+//    and projected onto it; the caller publishes it for the target surface as it is: its new
+//    nodes follow the order of the source's nodes, which step 3 relies on (and checks).
 // 3. sweep_volume() builds the volume's hexes (wedges under source triangles) layer by layer;
 //    its connectivity refers to the published source, target and linking surface nodes.
 bool find_sweep_pair(const MeshModule& module, int volume_id, int& source, int& target,
