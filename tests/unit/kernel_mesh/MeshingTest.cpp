@@ -41,6 +41,7 @@ TEST_F(MeshingTest, TetsFillABracketWithAHoleExactly) {
     run("create box 3 3 10");
     run("subtract volume 2 from volume 1");
     run("volume 1 size 1");
+    run("volume 1 scheme tetmesh");
     run("mesh volume 1");
     const auto volumes = tet_volumes(1);
     ASSERT_GT(volumes.size(), 200u);
@@ -59,6 +60,7 @@ TEST_F(MeshingTest, TetsFillABracketWithAHoleExactly) {
 TEST_F(MeshingTest, CurvedBoundaryNodesLieOnTheGeometry) {
     run("create cylinder radius 2 height 5");
     run("volume 1 size 0.5");
+    run("volume 1 scheme tetmesh");
     run("mesh volume 1");
     const auto volumes = tet_volumes(1);
     ASSERT_FALSE(volumes.empty());
@@ -85,6 +87,7 @@ TEST_F(MeshingTest, SeparateCommandsMeshMergedVolumesConformingly) {
     run("move volume 3 by 0 2 0");
     run("merge all");
     run("volume all size 0.5");
+    run("volume all scheme tetmesh");
     run("mesh volume 1");
     const auto before = in("node", "volume 1");
     const auto first_tets = in("tet", "volume 1");
@@ -123,6 +126,7 @@ TEST_F(MeshingTest, SeparateCommandsMeshMergedVolumesConformingly) {
 TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
     run("create box 4");
     run("volume 1 size 1");
+    run("volume 1 scheme tetmesh");
     run("mesh volume 1");
     const int tets = TarvoInterface::get_tet_count();
     const int nodes = TarvoInterface::get_node_count();
@@ -162,6 +166,7 @@ TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
 TEST_F(MeshingTest, MeshQueriesAnswerFromTheDatabase) {
     run("create box 2");
     run("surface 1 size 1");
+    run("surface 1 scheme trimesh");
     run("mesh surface 1");
     const auto tris = in("tri", "surface 1");
     ASSERT_FALSE(tris.empty());
@@ -201,6 +206,7 @@ TEST_F(MeshingTest, InterruptStopsBetweenVolumesAndLeavesNothingHalfMeshed) {
         run("move volume " + std::to_string(i + 1) + " by " + std::to_string(2 * i) + " 0 0");
     }
     run("volume all size 0.25");
+    run("volume all scheme tetmesh");
     TarvoInterface::set_progress_handler(std::make_shared<InterruptAfterFirstVolume>(recorder));
     const std::string why = rejected("mesh volume all");
     TarvoInterface::set_progress_handler(nullptr);

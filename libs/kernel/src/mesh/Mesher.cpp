@@ -25,6 +25,7 @@
 #include <algorithm>
 #include <set>
 #include <unordered_map>
+#include <utility>
 
 namespace tarvo::kernel::mesh {
 
@@ -108,9 +109,17 @@ private:
     void done(Owner owner, const MeshPiece& piece);
 
     MeshModule& m;
-    std::array<std::vector<int>, 4> todo;           // unmeshed entities per dimension, ascending
-    std::set<Owner> listed;                         // what the user named (reported one line each)
+    std::array<std::vector<int>, 4> todo; // unmeshed entities per dimension, ascending
+    std::set<Owner> listed;               // what the user named (reported one line each)
+    enum class Method { Sweep, Map, Tets };
+    static const char* method_word(Method m) {
+        return m == Method::Sweep ? "sweep" : m == Method::Map ? "map" : "tetmesh";
+    }
+    bool logical_cube(int volume) const;
+    std::map<int, Method> method;                   // per volume to mesh
     std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
+    std::set<int> mapped, paved;                    // surfaces whose volume's method needs quads
+    std::set<int> triangulated;                     // surfaces of tet volumes
     GmshMap gmap;
     std::string geo_model;
     // Gmsh node tag -> node id, for nodes that Gmsh made in this run (given nodes keep their id
@@ -155,23 +164,52 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
     for (auto& ids : todo)
         std::sort(ids.begin(), ids.end());
 
-    // A swept volume's target surface is made by the sweep, not by the surface mesher.
+    // Each volume's method, chosen before any surface is meshed: it decides how its surfaces are
+    // meshed (a swept volume's target is made by the sweep, not by the surface mesher).
     for (int v : todo[3]) {
-        if (scheme_of(GeomKind::Volume, v) != Scheme::Sweep)
-            continue;
-        int source = 0, target = 0;
-        sweep_surfaces(v, source, target);
+        const Scheme scheme = scheme_of(GeomKind::Volume, v);
+        const bool automatic = scheme == Scheme::Default || scheme == Scheme::Auto;
         std::string why;
-        if (!find_sweep_pair(m, v, source, target, why))
-            return error(why);
-        sweep_pairs[v] = {source, target};
-        if (m.state().meshed({2, target}))
-            return error("volume " + std::to_string(v) + " cannot be swept: its target surface " +
-                         std::to_string(target) + " is meshed already");
-        std::erase(todo[2], target);
+        if (scheme == Scheme::Sweep || automatic) {
+            int source = 0, target = 0;
+            sweep_surfaces(v, source, target);
+            if (find_sweep_pair(m, v, source, target, why) && !m.state().meshed({2, target})) {
+                method[v] = Method::Sweep;
+                sweep_pairs[v] = {source, target};
+                std::erase(todo[2], target);
+                for (int s : m.boundary(3, v))
+                    if (s != source && s != target)
+                        mapped.insert(s);
+                if (scheme_of(GeomKind::Surface, source) == Scheme::Default)
+                    (m.boundary(2, source).size() == 4 ? mapped : paved).insert(source);
+            } else if (scheme == Scheme::Sweep) {
+                if (why.empty())
+                    why = "volume " + std::to_string(v) + " cannot be swept: its target surface " +
+                          std::to_string(target) + " is meshed already";
+                return error(why);
+            }
+        }
+        if (!method.count(v) && (scheme == Scheme::Map || (automatic && logical_cube(v)))) {
+            method[v] = Method::Map;
+            for (int s : m.boundary(3, v))
+                mapped.insert(s);
+        }
+        if (!method.count(v)) {
+            method[v] = Method::Tets;
+            // Triangles under tets: quads there would need pyramids.
+            for (int s : m.boundary(3, v))
+                triangulated.insert(s);
+        }
     }
     total = static_cast<int>(todo[1].size() + todo[2].size() + todo[3].size() + sweep_pairs.size());
     return true;
+}
+
+// Six faces of four curves each: worth trying to map.
+bool MeshRun::logical_cube(int volume) const {
+    const auto faces = m.boundary(3, volume);
+    return faces.size() == 6 && std::all_of(faces.begin(), faces.end(),
+                                            [&](int f) { return m.boundary(2, f).size() == 4; });
 }
 
 bool MeshRun::mesh_vertices() {
@@ -328,21 +366,19 @@ bool MeshRun::mesh_surface(int id) {
     if (dt.second < 0)
         return error("surface " + std::to_string(id) + " is unknown to Gmsh");
     const Scheme scheme = scheme_of(GeomKind::Surface, id);
-    bool linking = false;
-    for (const auto& [v, pair] : sweep_pairs) {
-        const auto faces = m.boundary(3, v);
-        linking = linking || (id != pair.first && id != pair.second &&
-                              std::find(faces.begin(), faces.end(), id) != faces.end());
-    }
+    const size_t sides = m.boundary(2, id).size();
     std::string used = "trimesh";
-    if (scheme == Scheme::Map || linking) {
-        if (m.boundary(2, id).size() != 4)
+    const bool map =
+        scheme == Scheme::Map || mapped.count(id) ||
+        (scheme == Scheme::Default && sides == 4 && !paved.count(id) && !triangulated.count(id));
+    if (map) {
+        if (sides != 4)
             return error("surface " + std::to_string(id) + " cannot be mapped: it has " +
-                         std::to_string(m.boundary(2, id).size()) + " curves, not four");
+                         std::to_string(sides) + " curves, not four");
         gmsh::model::mesh::setTransfiniteSurface(dt.second);
         gmsh::model::mesh::setRecombine(2, dt.second);
         used = "map";
-    } else if (scheme == Scheme::Pave) {
+    } else if (scheme == Scheme::Pave || paved.count(id)) {
         gmsh::model::mesh::setRecombine(2, dt.second);
         used = "pave";
     }
@@ -394,12 +430,15 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
             gmsh::model::mesh::addElementsByType(tag, gmsh_type_of(b.kind), {}, conn);
         }
     }
-    const int loop = gmsh::model::geo::addSurfaceLoop(surfaces);
-    const int volume = gmsh::model::geo::addVolume({loop});
-    gmsh::model::geo::synchronize();
+    const int volume = gmsh::model::addDiscreteEntity(3, -1, surfaces);
+    gmsh::model::mesh::createGeometry({{3, volume}});
     gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Volume, id));
     gmsh::model::mesh::generate(3);
+    // In this model every given node's tag is its id; the tags of the geometry model's run mean
+    // nothing here.
+    const auto geometry_tags = std::exchange(node_of_tag, {});
     const bool ok = read_gmsh_piece(3, volume, out, false);
+    node_of_tag = geometry_tags;
     gmsh::model::remove();
     gmsh::model::setCurrent(geo_model);
     if (!ok)
@@ -410,28 +449,24 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
 }
 
 bool MeshRun::mesh_volume(int id) {
-    const Scheme scheme = scheme_of(GeomKind::Volume, id);
     NewMesh mesh;
-    std::string why, used;
-    if (const auto pair = sweep_pairs.find(id); pair != sweep_pairs.end()) {
-        const auto [source, target] = pair->second;
+    std::string why;
+    const Method how = method.at(id);
+    if (how == Method::Sweep) {
+        const auto [source, target] = sweep_pairs.at(id);
         NewMesh target_mesh;
         if (!sweep_target(m, id, source, target, target_mesh, why))
             return error(why);
-        done({2, target}, m.publish({2, target}, std::move(target_mesh), "sweep target"));
+        done({2, target}, m.publish({2, target}, std::move(target_mesh), "sweep"));
         if (!sweep_volume(m, id, source, target, mesh, why))
             return error(why);
-        used = "sweep";
-    } else if (scheme == Scheme::Map) {
+    } else if (how == Method::Map) {
         if (!map_volume(m, id, mesh, why))
             return error(why);
-        used = "map";
-    } else {
-        if (!mesh_volume_tets(id, mesh))
-            return false;
-        used = "tetmesh";
+    } else if (!mesh_volume_tets(id, mesh)) {
+        return false;
     }
-    done({3, id}, m.publish({3, id}, std::move(mesh), used));
+    done({3, id}, m.publish({3, id}, std::move(mesh), method_word(how)));
     return true;
 }
 

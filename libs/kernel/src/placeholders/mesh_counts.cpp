@@ -10,11 +10,6 @@
 
 namespace TarvoInterface {
 
-STUB(get_meshed_volume_or_area, (const std::string&, const std::vector<int>&), double)
-STUB_VOID(get_quality_stats, (const std::string&, const std::vector<int>&, const std::string&,
-                              double, bool, double, double, double&, double&, double&, double&,
-                              int&, int&, std::vector<int>&, std::string&, int&, bool))
-STUB(get_quality_value, (const std::string&, int, const std::string&), double)
 STUB(get_hex_sheet, (int, int), std::vector<int>)
 
 } // namespace TarvoInterface
