@@ -58,6 +58,7 @@ protected:
         return {};
     }
 
+public:
     static Point node(int id) { return TarvoInterface::get_nodal_coordinates(id); }
 
     // Ids of the mesh entities of `type` in a geometry entity ("tet", "volume 1").
@@ -75,6 +76,7 @@ protected:
         return out;
     }
 
+protected:
     std::shared_ptr<test_support::CapturedOutput> output =
         std::make_shared<test_support::CapturedOutput>();
     test_support::EventRecorder recorder{{"mesh_created"}};

@@ -96,6 +96,29 @@ std::vector<int> elements_at_node(ElemKind kind, int node) {
     });
 }
 
+// Elements of `kind` that the geometry entity owns itself.
+std::vector<int> own_elements(int dim, int id, ElemKind kind) {
+    return query("elements of an entity", std::vector<int>{}, [&](const km::MeshState& s) {
+        std::vector<int> out;
+        if (const km::MeshPiece* p = s.piece({dim, id}))
+            for (const km::ElemBlock& b : p->blocks)
+                if (b.kind == kind)
+                    for (int i = 0; i < b.count(); ++i) out.push_back(b.first_id + i);
+        return out;
+    });
+}
+
+// Nodes in the geometry entity, its boundary included, ascending.
+std::vector<int> closure_nodes(int dim, int id) {
+    return query("nodes of an entity", std::vector<int>{}, [&](const km::MeshState&) {
+        std::vector<int> out;
+        for (const km::MeshPiece* p : km::mesh_module()->closure({dim, id}))
+            for (int i = 0; i < p->node_count(); ++i) out.push_back(p->first_node + i);
+        std::sort(out.begin(), out.end());
+        return out;
+    });
+}
+
 } // namespace
 
 namespace TarvoInterface {
@@ -295,6 +318,41 @@ std::string get_mesh_element_type(const std::string& entity_type, int entity_id)
                 most = &b;
         return std::string(element_type_name(most->kind));
     });
+}
+
+std::vector<int> get_volume_hexes(int volume_id) { return own_elements(3, volume_id, ElemKind::Hex); }
+std::vector<int> get_volume_tets(int volume_id) { return own_elements(3, volume_id, ElemKind::Tet); }
+std::vector<int> get_surface_quads(int surface_id) {
+    return own_elements(2, surface_id, ElemKind::Quad);
+}
+std::vector<int> get_surface_tris(int surface_id) { return own_elements(2, surface_id, ElemKind::Tri); }
+std::vector<int> get_curve_edges(int curve_id) { return own_elements(1, curve_id, ElemKind::Edge); }
+
+std::vector<int> get_volume_nodes(int volume_id) { return closure_nodes(3, volume_id); }
+std::vector<int> get_surface_nodes(int surface_id) { return closure_nodes(2, surface_id); }
+std::vector<int> get_curve_nodes(int curve_id) { return closure_nodes(1, curve_id); }
+
+int get_vertex_node(int vertex_id) {
+    return query("get_vertex_node", 0, [&](const km::MeshState& s) {
+        const km::MeshPiece* p = s.piece({0, vertex_id});
+        return p && p->node_count() == 1 ? p->first_node : 0;
+    });
+}
+
+int get_geometry_node_count(const std::string& entity_type, int entity_id) {
+    const auto owner = owner_of(entity_type, entity_id);
+    return owner ? static_cast<int>(closure_nodes(owner->dim, owner->id).size()) : 0;
+}
+
+std::vector<std::string> get_geometric_owner(const std::string& mesh_entity_type,
+                                             const std::string& mesh_entity_list) {
+    std::vector<std::string> out;
+    for (int id : TarvoInterface::parse_tarvo_list(mesh_entity_type, mesh_entity_list)) {
+        const std::string owner = get_geometry_owner(mesh_entity_type, id);
+        if (!owner.empty() && std::find(out.begin(), out.end(), owner) == out.end())
+            out.push_back(owner);
+    }
+    return out;
 }
 
 } // namespace TarvoInterface
