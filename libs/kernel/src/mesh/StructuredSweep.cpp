@@ -207,8 +207,10 @@ bool prepare(const MeshModule& module, int volume_id, int source, int target, Sw
         }
         if (reached != 0)
             break;
-        if (sw.chains.front().size() > state.node_ids().size())
+        if (sw.chains.front().size() > static_cast<std::size_t>(state.node_count())) {
+            why = not_swept + "the linking surfaces never reach the target";
             return false;
+        }
         below = std::move(current);
         current = std::move(next);
     }
