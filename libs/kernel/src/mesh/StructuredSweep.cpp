@@ -128,8 +128,9 @@ bool boundary_nodes(const MeshModule& module, int surface, std::unordered_set<in
 struct Sweep {
     const MeshPiece* source = nullptr;
     std::vector<std::vector<int>> chains;       // per source boundary node: its node at each layer
-    std::vector<std::vector<double>> fractions; // per chain: arc length to each layer / total
-    std::vector<double> layer_fraction;         // per layer: mean of the chains' fractions
+    std::vector<Point3> starts;                 // per chain: its source node's position
+    std::vector<double> layer_fraction;         // per layer: mean arc-length fraction of chains
+    std::vector<std::vector<Point3>> departure; // per layer, per chain: node - motion(start)
     Screw motion;
     int layers = 0; // element layers; chains hold layers + 1 nodes
 };
@@ -233,23 +234,27 @@ bool prepare(const MeshModule& module, int volume_id, int source, int target, Sw
             s[k] = s.back() > 0 ? s[k] / s.back() : double(k) / sw.layers;
             sw.layer_fraction[k] += s[k] / sw.chains.size();
         }
-        sw.fractions.push_back(std::move(s));
         from.push_back(*state.node_position(chain.front()));
         to.push_back(prev);
     }
     sw.motion = fit_screw(from, to);
+    sw.starts = from;
+    sw.departure.assign(sw.layers + 1, {});
+    for (int k = 0; k <= sw.layers; ++k)
+        for (std::size_t b = 0; b < sw.chains.size(); ++b)
+            sw.departure[k].push_back(*state.node_position(sw.chains[b][k]) -
+                                      sw.motion.at(sw.layer_fraction[k], from[b]));
     return true;
 }
 
 // Where a source node inside the source lands at layer k: the fitted motion's share for that
 // layer, plus the boundary's departure from the motion there, averaged with weights that fall
 // off with the square of the distance to each boundary node.
-Point3 carried(const MeshState& state, const Sweep& sw, const Point3& p, int k,
-               std::vector<double>& weights) {
+Point3 carried(const Sweep& sw, const Point3& p, int k, std::vector<double>& weights) {
     if (weights.empty()) {
         double total = 0;
-        for (const auto& chain : sw.chains) {
-            const Point3 d = *state.node_position(chain.front()) - p;
+        for (const Point3& start : sw.starts) {
+            const Point3 d = start - p;
             weights.push_back(1 / std::max(dot(d, d), 1e-300));
             total += weights.back();
         }
@@ -258,11 +263,8 @@ Point3 carried(const MeshState& state, const Sweep& sw, const Point3& p, int k,
     }
     const double f = sw.layer_fraction[k];
     Point3 out = sw.motion.at(f, p);
-    for (std::size_t b = 0; b < sw.chains.size(); ++b) {
-        const Point3 start = *state.node_position(sw.chains[b].front());
-        const Point3 there = *state.node_position(sw.chains[b][k]);
-        out = out + weights[b] * (there - sw.motion.at(f, start));
-    }
+    for (std::size_t b = 0; b < weights.size(); ++b)
+        out = out + weights[b] * sw.departure[k][b];
     return out;
 }
 
@@ -381,7 +383,7 @@ bool sweep_target(const MeshModule& module, int volume_id, int source, int targe
         image[chain.front()] = chain.back();
     for (int i = 0; i < src.node_count(); ++i) {
         std::vector<double> weights;
-        Point3 p = carried(state, sw, src.nodes[i], sw.layers, weights);
+        Point3 p = carried(sw, src.nodes[i], sw.layers, weights);
         GeomAPI_ProjectPointOnSurf proj(gp_Pnt(p[0], p[1], p[2]), surface);
         if (proj.NbPoints() > 0) {
             const gp_Pnt q = proj.NearestPoint();
@@ -452,7 +454,7 @@ bool sweep_volume(const MeshModule& module, int volume_id, int source, int targe
         std::vector<double> weights;
         for (int k = 1; k < L; ++k) {
             ids.push_back(NewMesh::local(static_cast<int>(out.nodes.size())));
-            out.nodes.push_back(carried(state, sw, src.nodes[i], k, weights));
+            out.nodes.push_back(carried(sw, src.nodes[i], k, weights));
         }
         ids.push_back(tgt->first_node + i);
     }
