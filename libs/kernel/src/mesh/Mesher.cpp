@@ -100,7 +100,8 @@ private:
     bool start_gmsh();
     bool give_back_curves();
     bool mesh_curves();
-    bool mesh_surface(int id);
+    std::string surface_method(int id);
+    bool mesh_surfaces();
     bool mesh_volume(int id);
     bool mesh_volume_tets(int id, NewMesh& out);
     bool read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params);
@@ -361,44 +362,60 @@ bool MeshRun::mesh_curves() {
     return true;
 }
 
-bool MeshRun::mesh_surface(int id) {
-    const auto dt = tag_of(2, id);
-    if (dt.second < 0)
-        return error("surface " + std::to_string(id) + " is unknown to Gmsh");
+// How a surface is meshed ("map", "pave", "trimesh"), or "" with an error printed.
+std::string MeshRun::surface_method(int id) {
     const Scheme scheme = scheme_of(GeomKind::Surface, id);
     const size_t sides = m.boundary(2, id).size();
-    std::string used = "trimesh";
     const bool map =
         scheme == Scheme::Map || mapped.count(id) ||
         (scheme == Scheme::Default && sides == 4 && !paved.count(id) && !triangulated.count(id));
-    if (map) {
-        if (sides != 4)
-            return error("surface " + std::to_string(id) + " cannot be mapped: it has " +
-                         std::to_string(sides) + " curves, not four");
-        gmsh::model::mesh::setTransfiniteSurface(dt.second);
-        gmsh::model::mesh::setRecombine(2, dt.second);
-        used = "map";
-    } else if (scheme == Scheme::Pave || paved.count(id)) {
-        gmsh::model::mesh::setRecombine(2, dt.second);
-        used = "pave";
+    if (map && sides != 4) {
+        error("surface " + std::to_string(id) + " cannot be mapped: it has " +
+              std::to_string(sides) + " curves, not four");
+        return {};
     }
-    gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Surface, id));
-    std::vector<std::pair<int, int>> visible{dt};
-    for (int c : m.boundary(2, id)) {
-        visible.push_back(tag_of(1, c));
-        for (int v : m.boundary(1, c))
-            visible.push_back(tag_of(0, v));
+    if (map) return "map";
+    return scheme == Scheme::Pave || paved.count(id) ? "pave" : "trimesh";
+}
+
+// Surfaces of one target size are meshed by one generate(2) (each call costs a pass over the
+// whole model), then read back one by one; the interrupt is tested between batches.
+bool MeshRun::mesh_surfaces() {
+    std::map<double, std::vector<int>> by_size;
+    std::map<int, std::string> how;
+    for (int id : todo[2]) {
+        if (tag_of(2, id).second < 0)
+            return error("surface " + std::to_string(id) + " is unknown to Gmsh");
+        how[id] = surface_method(id);
+        if (how[id].empty()) return false;
+        by_size[target_size(GeomKind::Surface, id)].push_back(id);
     }
-    set_visible(visible);
-    gmsh::model::mesh::generate(2);
-    NewMesh mesh;
-    if (!read_gmsh_piece(2, dt.second, mesh, false))
-        return false;
-    if (mesh.blocks.empty())
-        return error("Gmsh made no elements on surface " + std::to_string(id));
-    if (used == "map" && mesh.blocks.size() != 1)
-        return error("surface " + std::to_string(id) + " could not be mapped into quads");
-    done({2, id}, m.publish({2, id}, std::move(mesh), used));
+    for (const auto& [size, surfaces] : by_size) {
+        if (interrupted()) return error("Interrupted");
+        std::vector<std::pair<int, int>> visible;
+        for (int id : surfaces) {
+            const int tag = tag_of(2, id).second;
+            if (how[id] == "map") gmsh::model::mesh::setTransfiniteSurface(tag);
+            if (how[id] != "trimesh") gmsh::model::mesh::setRecombine(2, tag);
+            visible.push_back({2, tag});
+            for (int c : m.boundary(2, id)) {
+                visible.push_back(tag_of(1, c));
+                for (int v : m.boundary(1, c)) visible.push_back(tag_of(0, v));
+            }
+        }
+        gmsh::option::setNumber("Mesh.MeshSizeMax", size);
+        set_visible(visible);
+        gmsh::model::mesh::generate(2);
+        for (int id : surfaces) {
+            NewMesh mesh;
+            if (!read_gmsh_piece(2, tag_of(2, id).second, mesh, false)) return false;
+            if (mesh.blocks.empty())
+                return error("Gmsh made no elements on surface " + std::to_string(id));
+            if (how[id] == "map" && mesh.blocks.size() != 1)
+                return error("surface " + std::to_string(id) + " could not be mapped into quads");
+            done({2, id}, m.publish({2, id}, std::move(mesh), how[id]));
+        }
+    }
     return true;
 }
 
@@ -481,12 +498,8 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
     progress = std::make_unique<Progress>("Meshing", plural(total, "entity"));
     if (!mesh_vertices() || !start_gmsh() || !give_back_curves() || !mesh_curves())
         return false;
-    for (int id : todo[2]) {
-        if (interrupted())
-            return error("Interrupted");
-        if (!mesh_surface(id))
-            return false;
-    }
+    if (!mesh_surfaces())
+        return false;
     for (int id : todo[3]) {
         if (interrupted())
             return error("Interrupted");
