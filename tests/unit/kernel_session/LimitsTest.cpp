@@ -177,8 +177,8 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
         std::string line, planned, topic;
     } cases[] = {
         {"mesh volume 1", "mesh", "mesh"},
-        {"volume 1 size 0.5", "<list> size", "size"},
-        {"vol 1 inter 4", "<list> interval", "interval"},
+        {"smooth volume 1", "smooth", "smooth"},
+        {"refin vol 1", "refine", "refine"},
         {"delete mesh volume 1", "delete mesh", "delete mesh"},
         {"create force on surface 1", "create force", "create force"},
     };
