@@ -42,4 +42,18 @@ bool sweep_target(const MeshModule& module, int volume_id, int source, int targe
 bool sweep_volume(const MeshModule& module, int volume_id, int source, int target, NewMesh& out,
                   std::string& why);
 
+// Whether the linking surfaces of a (source, target) pair can be meshed as structured quad bands
+// with the interval counts the sizing gives their curves (curve_plan), before anything is
+// meshed: each linking surface has two linking curves (or one seam curve, met twice), the
+// linking curves of the volume have equal counts, and on each linking surface the counts of
+// its curves on the source add up to those on the target. `why` says what does not fit.
+bool linking_surfaces_fit(const MeshModule& module, int volume_id, int source, int target,
+                          std::string& why);
+
+// The structured quad band of one linking surface, from its meshed curves: rows follow the
+// linking curves' nodes, columns the source-side curves' nodes; inner nodes lie on the surface.
+// Works for periodic bands (a cylinder's side with its seam) and for several curves on each side.
+bool map_linking_surface(const MeshModule& module, int volume_id, int source, int target,
+                         int surface, NewMesh& out, std::string& why);
+
 } // namespace tarvo::kernel::mesh
