@@ -151,6 +151,37 @@ TEST_F(SizingTest, BiasSpacesIntervalsGeometrically) {
     EXPECT_EQ(get_mesh_scheme_firmness("curve", 1), "LIMP");
 }
 
+// The mesher lays a bias out from the vertex the queries name: the mesh edge at that vertex is
+// the first interval.
+TEST_F(SizingTest, MeshedBiasGrowsFromItsStartVertex) {
+    // Every curve of a box, since faces use some of its edges reversed.
+    run("create box 10");
+    run("curve all interval 4");
+    for (int curve : get_entities("curve"))
+        for (int vertex : ends(curve)) {
+            const std::string c = "curve " + std::to_string(curve);
+            run(c + " bias 2 start vertex " + std::to_string(vertex));
+            run("mesh " + c);
+            const Point at = get_center_point("vertex", vertex);
+            std::vector<double> lengths;
+            double at_vertex = 0;
+            for (int e : in("edge", c)) {
+                const auto n = get_connectivity("edge", e);
+                const Point p = node(n[0]), q = node(n[1]);
+                lengths.push_back(std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]));
+                for (const Point& x : {p, q})
+                    if (std::hypot(x[0] - at[0], x[1] - at[1], x[2] - at[2]) < 1e-9)
+                        at_vertex = lengths.back();
+            }
+            SCOPED_TRACE(c + " from vertex " + std::to_string(vertex));
+            ASSERT_EQ(lengths.size(), 4u);
+            EXPECT_NEAR(at_vertex, get_curve_bias_first_interval_length(curve), 1e-6);
+            EXPECT_NEAR(*std::max_element(lengths.begin(), lengths.end()),
+                        get_curve_bias_coarse_size(curve), 1e-6);
+            run("delete mesh " + c);
+        }
+}
+
 TEST_F(SizingTest, SchemesAndGlobals) {
     run("create box 10");
     EXPECT_EQ(get_mesh_scheme("volume", 1), "auto");

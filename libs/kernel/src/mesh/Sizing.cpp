@@ -352,8 +352,10 @@ bool curve_ends(int curve_id, int& first, int& last) {
     const GeometryModel* m = model();
     if (!m || !m->exists(GeomKind::Curve, curve_id))
         return false;
+    // In the order of the curve's parameter, whatever way a face uses the edge: that is the
+    // direction in which Gmsh lays out a progression.
     TopoDS_Vertex a, b;
-    TopExp::Vertices(TopoDS::Edge(m->shape(GeomKind::Curve, curve_id)), a, b, true);
+    TopExp::Vertices(TopoDS::Edge(m->shape(GeomKind::Curve, curve_id)), a, b, false);
     first = a.IsNull() ? 0 : m->id_of(GeomKind::Vertex, a);
     last = b.IsNull() ? 0 : m->id_of(GeomKind::Vertex, b);
     return true;

@@ -79,7 +79,8 @@ std::optional<Resolved> resolve(GeomKind kind, int id);
 // (NotSet), its interval count (a curve: derived from its own size, Soft), else 0 and Limp.
 std::optional<Resolved> resolve_requested(GeomKind kind, int id);
 
-// The first and last vertex of a curve (equal for a closed curve); false when it is not there.
+// The first and last vertex of a curve in the order of its parameter (equal for a closed curve);
+// false when it is not there.
 bool curve_ends(int curve_id, int& first, int& last);
 // The lengths of the curve's intervals in effect, from the vertex the bias starts at (its first
 // vertex when it has no bias). Empty when the curve does not exist.
