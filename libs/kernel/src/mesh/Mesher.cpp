@@ -18,8 +18,12 @@
 #include "mesh/Structured.h"
 #include "tarvo/TIObserve.h"
 
+#include <BRepTools.hxx>
+#include <BRepTools_WireExplorer.hxx>
 #include <BRep_Tool.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
+#include <TopoDS_Wire.hxx>
 #include <gmsh.h>
 
 #include <algorithm>
@@ -101,7 +105,8 @@ private:
     bool give_back_curves();
     bool mesh_curves();
     std::string surface_method(int id);
-    bool mesh_surfaces();
+    bool opposite_sides_match(int id) const;
+    bool mesh_surfaces(const std::vector<int>& ids);
     bool mesh_volume(int id);
     bool mesh_volume_tets(int id, NewMesh& out);
     bool read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params);
@@ -129,6 +134,30 @@ private:
     int total = 0, finished = 0;
     std::unique_ptr<Progress> progress;
 };
+
+// Gmsh's meshers report errors by throwing std::string from inside OpenMP parallel regions, where
+// a throw ends the process whatever the thread count. While they run, Gmsh only logs errors; the
+// first error it logged comes back in `failure` (empty when it logged none).
+void generate(int dim, std::string& failure) {
+    std::vector<std::string> log;
+    gmsh::logger::get(log);
+    const size_t seen = log.size();
+    double before = 2;
+    gmsh::option::getNumber("General.AbortOnError", before);
+    gmsh::option::setNumber("General.AbortOnError", 0);
+    try {
+        gmsh::model::mesh::generate(dim);
+    } catch (...) {
+        gmsh::option::setNumber("General.AbortOnError", before);
+        throw;
+    }
+    gmsh::option::setNumber("General.AbortOnError", before);
+    gmsh::logger::get(log);
+    failure.clear();
+    for (size_t i = seen; i < log.size() && failure.empty(); ++i)
+        if (log[i].starts_with("Error"))
+            failure = log[i].substr(std::min(log[i].size(), size_t{7}));
+}
 
 std::pair<int, int> MeshRun::tag_of(int dim, int id) const {
     const auto it = gmap.to_gmsh.find({kind_of_dim(dim), id});
@@ -343,7 +372,10 @@ bool MeshRun::mesh_curves() {
             visible.push_back(tag_of(0, v));
     }
     set_visible(visible);
-    gmsh::model::mesh::generate(1);
+    std::string failure;
+    generate(1, failure);
+    if (!failure.empty())
+        return error("Gmsh could not mesh the curves: " + failure);
     for (int id : todo[1]) {
         if (interrupted())
             return error("Interrupted");
@@ -362,53 +394,77 @@ bool MeshRun::mesh_curves() {
     return true;
 }
 
+// Whether the four curves of a surface, taken around it, have equal interval counts on opposite
+// sides: what a mapped grid needs.
+bool MeshRun::opposite_sides_match(int id) const {
+    const TopoDS_Face face = TopoDS::Face(model().shape(GeomKind::Surface, id));
+    std::vector<int> counts;
+    for (BRepTools_WireExplorer e(BRepTools::OuterWire(face), face); e.More(); e.Next()) {
+        const int curve = model().id_of(GeomKind::Curve, e.Current());
+        if (curve <= 0)
+            return false;
+        counts.push_back(curve_plan(curve).intervals);
+    }
+    return counts.size() == 4 && counts[0] == counts[2] && counts[1] == counts[3];
+}
+
 // How a surface is meshed ("map", "pave", "trimesh"), or "" with an error printed.
 std::string MeshRun::surface_method(int id) {
     const Scheme scheme = scheme_of(GeomKind::Surface, id);
     const size_t sides = m.boundary(2, id).size();
-    const bool map =
-        scheme == Scheme::Map || mapped.count(id) ||
-        (scheme == Scheme::Default && sides == 4 && !paved.count(id) && !triangulated.count(id));
+    const bool map = scheme == Scheme::Map || mapped.count(id) ||
+                     (scheme == Scheme::Default && sides == 4 && !paved.count(id) &&
+                      !triangulated.count(id) && opposite_sides_match(id));
     if (map && sides != 4) {
         error("surface " + std::to_string(id) + " cannot be mapped: it has " +
               std::to_string(sides) + " curves, not four");
         return {};
     }
-    if (map) return "map";
+    if (map)
+        return "map";
     return scheme == Scheme::Pave || paved.count(id) ? "pave" : "trimesh";
 }
 
 // Surfaces of one target size are meshed by one generate(2) (each call costs a pass over the
 // whole model), then read back one by one; the interrupt is tested between batches.
-bool MeshRun::mesh_surfaces() {
+bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
     std::map<double, std::vector<int>> by_size;
     std::map<int, std::string> how;
-    for (int id : todo[2]) {
+    for (int id : ids) {
         if (tag_of(2, id).second < 0)
             return error("surface " + std::to_string(id) + " is unknown to Gmsh");
         how[id] = surface_method(id);
-        if (how[id].empty()) return false;
+        if (how[id].empty())
+            return false;
         by_size[target_size(GeomKind::Surface, id)].push_back(id);
     }
     for (const auto& [size, surfaces] : by_size) {
-        if (interrupted()) return error("Interrupted");
+        if (interrupted())
+            return error("Interrupted");
         std::vector<std::pair<int, int>> visible;
         for (int id : surfaces) {
             const int tag = tag_of(2, id).second;
-            if (how[id] == "map") gmsh::model::mesh::setTransfiniteSurface(tag);
-            if (how[id] != "trimesh") gmsh::model::mesh::setRecombine(2, tag);
+            if (how[id] == "map")
+                gmsh::model::mesh::setTransfiniteSurface(tag);
+            if (how[id] != "trimesh")
+                gmsh::model::mesh::setRecombine(2, tag);
             visible.push_back({2, tag});
             for (int c : m.boundary(2, id)) {
                 visible.push_back(tag_of(1, c));
-                for (int v : m.boundary(1, c)) visible.push_back(tag_of(0, v));
+                for (int v : m.boundary(1, c))
+                    visible.push_back(tag_of(0, v));
             }
         }
         gmsh::option::setNumber("Mesh.MeshSizeMax", size);
         set_visible(visible);
-        gmsh::model::mesh::generate(2);
+        std::string failure;
+        generate(2, failure);
+        if (!failure.empty())
+            return error("Gmsh could not mesh the surfaces (its numbering): " + failure);
         for (int id : surfaces) {
             NewMesh mesh;
-            if (!read_gmsh_piece(2, tag_of(2, id).second, mesh, false)) return false;
+            if (!read_gmsh_piece(2, tag_of(2, id).second, mesh, false))
+                return false;
             if (mesh.blocks.empty())
                 return error("Gmsh made no elements on surface " + std::to_string(id));
             if (how[id] == "map" && mesh.blocks.size() != 1)
@@ -450,7 +506,13 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     const int volume = gmsh::model::addDiscreteEntity(3, -1, surfaces);
     gmsh::model::mesh::createGeometry({{3, volume}});
     gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Volume, id));
-    gmsh::model::mesh::generate(3);
+    std::string failure;
+    generate(3, failure);
+    if (!failure.empty()) {
+        gmsh::model::remove();
+        gmsh::model::setCurrent(geo_model);
+        return error("Gmsh could not mesh volume " + std::to_string(id) + ": " + failure);
+    }
     // In this model every given node's tag is its id; the tags of the geometry model's run mean
     // nothing here.
     const auto geometry_tags = std::exchange(node_of_tag, {});
@@ -468,21 +530,33 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
 bool MeshRun::mesh_volume(int id) {
     NewMesh mesh;
     std::string why;
-    const Method how = method.at(id);
+    Method how = method.at(id);
+    bool made = true;
     if (how == Method::Sweep) {
         const auto [source, target] = sweep_pairs.at(id);
         NewMesh target_mesh;
-        if (!sweep_target(m, id, source, target, target_mesh, why))
-            return error(why);
-        done({2, target}, m.publish({2, target}, std::move(target_mesh), "sweep"));
-        if (!sweep_volume(m, id, source, target, mesh, why))
-            return error(why);
+        made = sweep_target(m, id, source, target, target_mesh, why);
+        if (made) {
+            done({2, target}, m.publish({2, target}, std::move(target_mesh), "sweep"));
+            made = sweep_volume(m, id, source, target, mesh, why);
+        }
     } else if (how == Method::Map) {
-        if (!map_volume(m, id, mesh, why))
-            return error(why);
-    } else if (!mesh_volume_tets(id, mesh)) {
-        return false;
+        made = map_volume(m, id, mesh, why);
     }
+    if (!made) {
+        // A hex method the user did not ask for gives way to tets on the same boundary.
+        const Scheme scheme = scheme_of(GeomKind::Volume, id);
+        if (scheme != Scheme::Default && scheme != Scheme::Auto)
+            return error(why);
+        warning(why + "; meshing volume " + std::to_string(id) + " with tets instead");
+        if (how == Method::Sweep && !m.state().meshed({2, sweep_pairs.at(id).second}) &&
+            !mesh_surfaces({sweep_pairs.at(id).second}))
+            return false;
+        how = Method::Tets;
+        mesh = NewMesh{};
+    }
+    if (how == Method::Tets && !mesh_volume_tets(id, mesh))
+        return false;
     done({3, id}, m.publish({3, id}, std::move(mesh), method_word(how)));
     return true;
 }
@@ -498,7 +572,7 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
     progress = std::make_unique<Progress>("Meshing", plural(total, "entity"));
     if (!mesh_vertices() || !start_gmsh() || !give_back_curves() || !mesh_curves())
         return false;
-    if (!mesh_surfaces())
+    if (!mesh_surfaces(todo[2]))
         return false;
     for (int id : todo[3]) {
         if (interrupted())
