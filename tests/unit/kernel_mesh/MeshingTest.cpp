@@ -219,3 +219,56 @@ TEST_F(MeshingTest, InterruptStopsBetweenVolumesAndLeavesNothingHalfMeshed) {
 
 } // namespace
 } // namespace mesh_test
+
+namespace mesh_test {
+namespace {
+
+double worst_scaled_jacobian(int volume) {
+    double mn = 0, mx = 0, mean = 0, sd = 0;
+    int imin = 0, imax = 0, group = 0;
+    std::vector<int> bad;
+    std::string type;
+    TarvoInterface::get_quality_stats("volume", {volume}, "Scaled Jacobian", 0, false, 0, 0, mn, mx,
+                                      mean, sd, imin, imax, bad, type, group, false);
+    return mn;
+}
+
+TEST_F(MeshingTest, SmoothingMovesOnlyInnerNodesAndNeverWorsensUnderCondition) {
+    run("create cylinder radius 2 height 3");
+    run("volume 1 size 0.6");
+    run("volume 1 scheme tetmesh");
+    run("mesh volume 1");
+    std::map<int, Point> boundary;
+    for (int n : in("node", "volume 1"))
+        if (TarvoInterface::get_geometry_owner("node", n) != "volume 1")
+            boundary[n] = node(n);
+    const double before = worst_scaled_jacobian(1);
+    const auto inner = TarvoInterface::get_volume_nodes(1).size() - boundary.size();
+    ASSERT_GT(inner, 10u);
+
+    run("smooth volume 1 scheme condition");
+    EXPECT_GE(worst_scaled_jacobian(1), before);
+    for (const auto& [n, p] : boundary)
+        EXPECT_EQ(node(n), p) << "boundary node " << n << " moved";
+
+    // Surface smoothing keeps the nodes on the cylinder; curve nodes stay where they were.
+    int side = 0;
+    for (int s : TarvoInterface::get_relatives("volume", 1, "surface"))
+        if (TarvoInterface::get_surface_type(s) == "Cylinder")
+            side = s;
+    ASSERT_GT(side, 0);
+    run("smooth surface " + std::to_string(side));
+    for (int n : in("node", "surface " + std::to_string(side))) {
+        const Point p = node(n);
+        EXPECT_NEAR(std::hypot(p[0], p[1]), 2.0, 1e-7) << "node " << n;
+    }
+    run("undo");
+    run("undo");
+    for (const auto& [n, p] : boundary)
+        EXPECT_EQ(node(n), p);
+    EXPECT_EQ(worst_scaled_jacobian(1), before);
+    EXPECT_NE(rejected("smooth curve 1").find("cannot be smoothed"), std::string::npos);
+}
+
+} // namespace
+} // namespace mesh_test

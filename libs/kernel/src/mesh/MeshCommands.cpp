@@ -48,9 +48,11 @@ bool delete_mesh_command(Cursor& c) {
 } // namespace
 
 void register_quality_commands();
+void register_smooth_commands();
 
 void register_mesh_commands() {
     register_quality_commands();
+    register_smooth_commands();
     register_command({"mesh", mesh_command, true, "mesh <list>"});
     register_command({"delete mesh", delete_mesh_command, true, "delete mesh <list> [propagate]"});
 }

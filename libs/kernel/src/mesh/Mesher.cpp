@@ -1,11 +1,12 @@
 // `mesh <list>`: lower dimensions first, keeping every mesh that exists.
 //
 // How Gmsh 4.8 is used so that new meshes conform to old ones (kernel README, "Meshing"):
-// - Vertices are ours (one node at the vertex).
-// - Curves and surfaces are meshed by Gmsh on the OpenCASCADE geometry. The geometry is pushed
-//   afresh for each command and the stored curve meshes are given back to it; with
-//   Mesh.MeshOnlyEmpty Gmsh keeps given curve meshes, and a surface's mesh depends only on its
-//   curves. (Given surface meshes are not kept: generate(2) de-meshes every surface.)
+// - Vertices and curves are ours: a node at each vertex, curve nodes at the arc lengths the
+//   sizing gives, each with its curve parameter.
+// - Surfaces are meshed by Gmsh on the OpenCASCADE geometry, pushed afresh for each command, with
+//   the vertex and curve meshes given to it first; with Mesh.MeshOnlyEmpty Gmsh keeps given curve
+//   meshes, and a surface's mesh depends only on its curves. (Given surface meshes are not kept:
+//   generate(2) de-meshes every surface.)
 // - Volumes are meshed from their stored boundary meshes: tets by Gmsh in a second, discrete
 //   model whose surfaces are exactly the stored triangles and quads (the boundary is kept node
 //   for node), hexes by our own mapper and sweeper (Structured.h).
@@ -15,13 +16,17 @@
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
 #include "mesh/Sizing.h"
+#include "mesh/SizingSettings.h"
 #include "mesh/Structured.h"
 #include "tarvo/TIObserve.h"
 
+#include <BRepAdaptor_Curve.hxx>
 #include <BRepTools.hxx>
 #include <BRepTools_WireExplorer.hxx>
 #include <BRep_Tool.hxx>
+#include <GCPnts_AbscissaPoint.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
 #include <TopoDS_Wire.hxx>
 #include <gmsh.h>
@@ -104,6 +109,7 @@ private:
     bool start_gmsh();
     bool give_back_curves();
     bool mesh_curves();
+    bool mesh_degenerate_curves();
     std::string surface_method(int id);
     bool opposite_sides_match(int id) const;
     bool mesh_surfaces(const std::vector<int>& ids);
@@ -350,47 +356,65 @@ void MeshRun::done(Owner owner, const MeshPiece&) {
         progress->step(finished, total);
 }
 
+// Curves are ours: nodes at the arc lengths the sizing gives (interval_lengths, bias and dual
+// bias included), each with its curve parameter, so that Gmsh takes them as given.
 bool MeshRun::mesh_curves() {
-    if (todo[1].empty())
+    for (int id : todo[1]) {
+        if (interrupted())
+            return error("Interrupted");
+        const TopoDS_Edge edge = TopoDS::Edge(model().shape(GeomKind::Curve, id));
+        BRepAdaptor_Curve curve(edge);
+        int first = 0, last = 0;
+        std::vector<double> lengths = interval_lengths(id);
+        if (!curve_ends(id, first, last) || lengths.empty())
+            return error("curve " + std::to_string(id) + " has no ends to mesh between");
+        if (curve_plan(id).from_end)
+            std::reverse(lengths.begin(), lengths.end());
+        const double u0 = curve.FirstParameter();
+        const double total = GCPnts_AbscissaPoint::Length(curve);
+        double sum = 0;
+        for (double l : lengths)
+            sum += l;
+        NewMesh mesh;
+        std::vector<int> chain{m.state().piece({0, first})->first_node};
+        double along = 0;
+        for (size_t k = 0; k + 1 < lengths.size(); ++k) {
+            along += lengths[k] * total / sum;
+            GCPnts_AbscissaPoint at(curve, along, u0);
+            if (!at.IsDone())
+                return error("curve " + std::to_string(id) + " could not be divided");
+            const gp_Pnt p = curve.Value(at.Parameter());
+            chain.push_back(NewMesh::local(static_cast<int>(mesh.nodes.size())));
+            mesh.nodes.push_back({p.X(), p.Y(), p.Z()});
+            mesh.params.push_back(at.Parameter());
+        }
+        chain.push_back(m.state().piece({0, last})->first_node);
+        auto& edges = mesh.block(ElemKind::Edge).conn;
+        for (size_t k = 0; k + 1 < chain.size(); ++k) {
+            edges.push_back(chain[k]);
+            edges.push_back(chain[k + 1]);
+        }
+        done({1, id}, m.publish({1, id}, std::move(mesh),
+                                curve_plan(id).bias == BiasType::None ? "equal" : "bias"));
+    }
+    return true;
+}
+
+// Degenerate edges (a sphere's poles, a cone's apex) have no id in the kernel: Gmsh meshes them.
+bool MeshRun::mesh_degenerate_curves() {
+    if (gmap.unmapped.empty())
         return true;
     std::vector<std::pair<int, int>> visible;
-    for (int id : todo[1]) {
-        const auto dt = tag_of(1, id);
-        if (dt.second < 0)
-            return error("curve " + std::to_string(id) + " is unknown to Gmsh");
-        const CurvePlan plan = curve_plan(id);
-        if (plan.bias == BiasType::DualBias) {
-            gmsh::model::mesh::setTransfiniteCurve(dt.second, plan.intervals + 1, "Bump",
-                                                   plan.factor);
-        } else {
-            const double coef = plan.bias == BiasType::Bias ? plan.factor : 1.0;
-            gmsh::model::mesh::setTransfiniteCurve(dt.second, plan.intervals + 1, "Progression",
-                                                   plan.from_end ? -coef : coef);
-        }
-        visible.push_back(dt);
-        for (int v : m.boundary(1, id))
-            visible.push_back(tag_of(0, v));
-    }
+    for (const auto& dt : gmap.unmapped)
+        if (dt.first == 1)
+            visible.push_back(dt);
+    if (visible.empty())
+        return true;
     set_visible(visible);
     std::string failure;
     generate(1, failure);
     if (!failure.empty())
         return error("Gmsh could not mesh the curves: " + failure);
-    for (int id : todo[1]) {
-        if (interrupted())
-            return error("Interrupted");
-        NewMesh mesh;
-        const auto dt = tag_of(1, id);
-        if (!read_gmsh_piece(1, dt.second, mesh, true))
-            return false;
-        std::vector<std::size_t> tags;
-        std::vector<double> xyz, params;
-        gmsh::model::mesh::getNodes(tags, xyz, params, 1, dt.second, false, false);
-        const MeshPiece& piece = m.publish({1, id}, std::move(mesh), "equal");
-        for (std::size_t i = 0; i < tags.size(); ++i)
-            node_of_tag[tags[i]] = piece.first_node + static_cast<int>(i);
-        done({1, id}, piece);
-    }
     return true;
 }
 
@@ -570,7 +594,8 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
         return true;
     }
     progress = std::make_unique<Progress>("Meshing", plural(total, "entity"));
-    if (!mesh_vertices() || !start_gmsh() || !give_back_curves() || !mesh_curves())
+    if (!mesh_vertices() || !mesh_curves() || !start_gmsh() || !give_back_curves() ||
+        !mesh_degenerate_curves())
         return false;
     if (!mesh_surfaces(todo[2]))
         return false;
