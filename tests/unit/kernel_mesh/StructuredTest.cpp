@@ -8,10 +8,12 @@
 #include "mesh/MeshModule.h"
 #include "mesh/Quality.h"
 #include "mesh/Structured.h"
+#include "mesh/StructuredCommon.h"
 
 #include <BRep_Tool.hxx>
 #include <GeomAPI_ProjectPointOnSurf.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
 
 #include <map>
 
@@ -320,6 +322,104 @@ TEST_F(StructuredTest, RotationSweepBendsTheLayersAroundTheAxis) {
         EXPECT_NEAR(std::remainder(degrees, 22.5), 0, 1e-6) << degrees;
     }
     EXPECT_GT(inside, 0);
+}
+
+// Linking surfaces meshed as bands by map_linking_surface from curves the mesher divided, then
+// source, target and volume swept by hand: periodic sides and hole walls, a side split by an
+// imprint, and interval counts that make no band.
+TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
+    struct Case {
+        const char* name;
+        std::vector<std::string> lines;
+        const char* why; // "" when the linking surfaces fit; else how the check begins
+    };
+    const Case cases[] = {
+        {"cylinder", {"create cylinder radius 2 height 5", "volume 1 size 0.5"}, ""},
+        {"plate with three through holes",
+         {"create box 20 10 2", "create cylinder radius 1 height 4 at -5 0 0",
+          "create cylinder radius 1 height 4 at 0 0 0",
+          "create cylinder radius 1.5 height 4 at 5 0 0", "subtract volume 2 3 4 from volume 1",
+          "volume all size 0.7"},
+         ""},
+        {"box with a top edge split by an imprint",
+         {"create box 10", "create box 4 4 2 at 7 0 6", "imprint all", "volume 1 size 1"},
+         ""},
+        {"cylinder with unequal circles",
+         {"create cylinder radius 2 height 5", "volume 1 interval 10", "curve 1 interval 8"},
+         "the linking surface 1 of volume 1 has 8 intervals on the source and 10 on the target"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        run("reset");
+        for (const std::string& line : c.lines)
+            run(line);
+        MeshModule& m = *mesh_module();
+        const int v = 1;
+        int source = 0, target = 0;
+        std::string why;
+        ASSERT_TRUE(find_sweep_pair(m, v, source, target, why)) << why;
+        const bool fits = linking_surfaces_fit(m, v, source, target, why);
+        EXPECT_EQ(fits, *c.why == 0) << why;
+        EXPECT_EQ(why.rfind(c.why, 0), 0u) << why;
+        run("surface " + std::to_string(source) + " scheme pave");
+        run("mesh surface " + std::to_string(source));
+        run("mesh curve in surface in volume 1");
+        const GeometryModel& model = geometry_module()->model();
+        for (int f : m.boundary(3, v)) {
+            if (f == source || f == target)
+                continue;
+            SCOPED_TRACE("surface " + std::to_string(f));
+            NewMesh band;
+            if (!fits) {
+                EXPECT_FALSE(map_linking_surface(m, v, source, target, f, band, why));
+                EXPECT_NE(why.find("nodes on the source"), std::string::npos) << why;
+                continue;
+            }
+            ASSERT_TRUE(map_linking_surface(m, v, source, target, f, band, why)) << why;
+            const MeshPiece& piece = m.publish({2, f}, band, "band");
+            // Structured: every inner node is a corner of four quads; every quad faces the way
+            // the face does and every node lies on the face.
+            std::map<int, int> uses;
+            const TopoDS_Face face = TopoDS::Face(model.shape(GeomKind::Surface, f));
+            const auto surface = BRep_Tool::Surface(face);
+            const double sense = face.Orientation() == TopAbs_REVERSED ? -1 : 1;
+            ASSERT_EQ(piece.blocks.size(), 1u);
+            const std::vector<int>& quads = piece.blocks[0].conn;
+            for (std::size_t e = 0; e < quads.size(); e += 4) {
+                Point3 p[4], centre{0, 0, 0};
+                for (int k = 0; k < 4; ++k) {
+                    ++uses[quads[e + k]];
+                    p[k] = *m.state().node_position(quads[e + k]);
+                    centre = centre + 0.25 * p[k];
+                    GeomAPI_ProjectPointOnSurf proj(gp_Pnt(p[k][0], p[k][1], p[k][2]), surface);
+                    EXPECT_LT(proj.LowerDistance(), 1e-6);
+                }
+                GeomAPI_ProjectPointOnSurf proj(gp_Pnt(centre[0], centre[1], centre[2]), surface);
+                double u = 0, w = 0;
+                proj.LowerDistanceParameters(u, w);
+                gp_Pnt at;
+                gp_Vec du, dw;
+                surface->D1(u, w, at, du, dw);
+                const gp_Vec n = du.Crossed(dw) * sense;
+                EXPECT_GT(dot(cross(p[2] - p[0], p[3] - p[1]), {n.X(), n.Y(), n.Z()}), 0) << e / 4;
+            }
+            for (int i = 0; i < piece.node_count(); ++i)
+                EXPECT_EQ(uses[piece.first_node + i], 4);
+        }
+        if (!fits)
+            continue;
+        NewMesh swept;
+        ASSERT_TRUE(sweep_target(m, v, source, target, swept, why)) << why;
+        m.publish({2, target}, swept, "sweep");
+        ASSERT_TRUE(sweep_volume(m, v, source, target, swept, why)) << why;
+        m.publish({3, v}, swept, "sweep");
+        const SolidStats s = solid_stats(v);
+        EXPECT_GT(s.hexes, 0);
+        EXPECT_EQ(s.others, 0);
+        EXPECT_GT(s.min_scaled_jacobian, 0);
+        EXPECT_NEAR(s.volume, TarvoInterface::get_volume_area(v),
+                    0.02 * TarvoInterface::get_volume_area(v));
+    }
 }
 
 } // namespace
