@@ -7,6 +7,7 @@
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
 #include "mesh/Quality.h"
+#include "mesh/Sizing.h"
 #include "mesh/Structured.h"
 #include "mesh/StructuredCommon.h"
 
@@ -332,6 +333,7 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
         const char* name;
         std::vector<std::string> lines;
         const char* why; // "" when the linking surfaces fit; else how the check begins
+        double turn = 0; // > 0: inner band nodes lie on planes through the z axis this far apart
     };
     const Case cases[] = {
         {"cylinder", {"create cylinder radius 2 height 5", "volume 1 size 0.5"}, ""},
@@ -344,6 +346,13 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
         {"box with a top edge split by an imprint",
          {"create box 10", "create box 4 4 2 at 7 0 6", "imprint all", "volume 1 size 1"},
          ""},
+        // Bands whose linking curves are arcs: inner nodes follow them round.
+        {"quarter ring swept by rotation",
+         {"create cylinder radius 10 height 2", "create cylinder radius 5 height 4",
+          "subtract volume 2 from volume 1", "webcut volume 1 plane x", "webcut volume all plane y",
+          "volume 1 interval 8", "volume 1 scheme sweep source surface 10 target surface 16"},
+         "",
+         11.25},
         {"cylinder with unequal circles",
          {"create cylinder radius 2 height 5", "volume 1 interval 10", "curve 1 interval 8"},
          "the linking surface 1 of volume 1 has 8 intervals on the source and 10 on the target"},
@@ -356,6 +365,7 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
         MeshModule& m = *mesh_module();
         const int v = 1;
         int source = 0, target = 0;
+        sweep_surfaces(v, source, target);
         std::string why;
         ASSERT_TRUE(find_sweep_pair(m, v, source, target, why)) << why;
         const bool fits = linking_surfaces_fit(m, v, source, target, why);
@@ -403,8 +413,14 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
                 const gp_Vec n = du.Crossed(dw) * sense;
                 EXPECT_GT(dot(cross(p[2] - p[0], p[3] - p[1]), {n.X(), n.Y(), n.Z()}), 0) << e / 4;
             }
-            for (int i = 0; i < piece.node_count(); ++i)
+            for (int i = 0; i < piece.node_count(); ++i) {
                 EXPECT_EQ(uses[piece.first_node + i], 4);
+                const Point3& p = piece.nodes[i];
+                if (c.turn > 0) {
+                    EXPECT_NEAR(std::remainder(std::atan2(p[1], p[0]) * 180 / M_PI, c.turn), 0,
+                                1e-6);
+                }
+            }
         }
         if (!fits)
             continue;
