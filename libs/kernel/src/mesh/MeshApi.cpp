@@ -103,7 +103,8 @@ std::vector<int> own_elements(int dim, int id, ElemKind kind) {
         if (const km::MeshPiece* p = s.piece({dim, id}))
             for (const km::ElemBlock& b : p->blocks)
                 if (b.kind == kind)
-                    for (int i = 0; i < b.count(); ++i) out.push_back(b.first_id + i);
+                    for (int i = 0; i < b.count(); ++i)
+                        out.push_back(b.first_id + i);
         return out;
     });
 }
@@ -113,7 +114,8 @@ std::vector<int> closure_nodes(int dim, int id) {
     return query("nodes of an entity", std::vector<int>{}, [&](const km::MeshState&) {
         std::vector<int> out;
         for (const km::MeshPiece* p : km::mesh_module()->closure({dim, id}))
-            for (int i = 0; i < p->node_count(); ++i) out.push_back(p->first_node + i);
+            for (int i = 0; i < p->node_count(); ++i)
+                out.push_back(p->first_node + i);
         std::sort(out.begin(), out.end());
         return out;
     });
@@ -320,17 +322,31 @@ std::string get_mesh_element_type(const std::string& entity_type, int entity_id)
     });
 }
 
-std::vector<int> get_volume_hexes(int volume_id) { return own_elements(3, volume_id, ElemKind::Hex); }
-std::vector<int> get_volume_tets(int volume_id) { return own_elements(3, volume_id, ElemKind::Tet); }
+std::vector<int> get_volume_hexes(int volume_id) {
+    return own_elements(3, volume_id, ElemKind::Hex);
+}
+std::vector<int> get_volume_tets(int volume_id) {
+    return own_elements(3, volume_id, ElemKind::Tet);
+}
 std::vector<int> get_surface_quads(int surface_id) {
     return own_elements(2, surface_id, ElemKind::Quad);
 }
-std::vector<int> get_surface_tris(int surface_id) { return own_elements(2, surface_id, ElemKind::Tri); }
-std::vector<int> get_curve_edges(int curve_id) { return own_elements(1, curve_id, ElemKind::Edge); }
+std::vector<int> get_surface_tris(int surface_id) {
+    return own_elements(2, surface_id, ElemKind::Tri);
+}
+std::vector<int> get_curve_edges(int curve_id) {
+    return own_elements(1, curve_id, ElemKind::Edge);
+}
 
-std::vector<int> get_volume_nodes(int volume_id) { return closure_nodes(3, volume_id); }
-std::vector<int> get_surface_nodes(int surface_id) { return closure_nodes(2, surface_id); }
-std::vector<int> get_curve_nodes(int curve_id) { return closure_nodes(1, curve_id); }
+std::vector<int> get_volume_nodes(int volume_id) {
+    return closure_nodes(3, volume_id);
+}
+std::vector<int> get_surface_nodes(int surface_id) {
+    return closure_nodes(2, surface_id);
+}
+std::vector<int> get_curve_nodes(int curve_id) {
+    return closure_nodes(1, curve_id);
+}
 
 int get_vertex_node(int vertex_id) {
     return query("get_vertex_node", 0, [&](const km::MeshState& s) {
@@ -353,6 +369,15 @@ std::vector<std::string> get_geometric_owner(const std::string& mesh_entity_type
             out.push_back(owner);
     }
     return out;
+}
+
+std::vector<MeshErrorFeedback*> get_mesh_errors() {
+    auto* m = km::mesh_module();
+    return m ? m->mesh_errors() : std::vector<MeshErrorFeedback*>{};
+}
+
+int get_mesh_error_count() {
+    return static_cast<int>(get_mesh_errors().size());
 }
 
 } // namespace TarvoInterface

@@ -227,6 +227,23 @@ bool MeshModule::delete_mesh(const std::vector<EntityKey>& list, bool propagate)
     return true;
 }
 
+void MeshModule::add_mesh_error(const std::string& type, int id, const std::string& text) {
+    auto record = std::make_unique<TarvoInterface::MeshErrorFeedback>();
+    record->entity_type = type;
+    record->entity_id = id;
+    // 1: the entity could not be meshed; 2: meshing was interrupted at it.
+    record->error_code = text.starts_with("Interrupted") ? 2 : 1;
+    record->error_text = text;
+    errors_.push_back(std::move(record));
+}
+
+std::vector<TarvoInterface::MeshErrorFeedback*> MeshModule::mesh_errors() {
+    std::vector<TarvoInterface::MeshErrorFeedback*> out;
+    for (const auto& e : errors_)
+        out.push_back(e.get());
+    return out;
+}
+
 // ---- EntityCatalog ------------------------------------------------------------------------------
 
 bool MeshModule::handles(std::string_view type) const {
@@ -315,6 +332,7 @@ void MeshModule::restore_state(const UndoSnapshot& snapshot) {
 }
 
 void MeshModule::clear_state() {
+    errors_.clear();
     state_.clear();
     shapes_.clear();
 }

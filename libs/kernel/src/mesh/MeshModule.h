@@ -21,10 +21,12 @@
 #include "geometry/GeometryModel.h"
 #include "mesh/MeshDatabase.h"
 #include "mesh/NewMesh.h"
+#include "tarvo/TarvoTypes.h"
 
 #include <TopoDS_Shape.hxx>
 
 #include <map>
+#include <memory>
 #include <vector>
 
 namespace tarvo::kernel::mesh {
@@ -71,12 +73,18 @@ public:
     void restore_state(const UndoSnapshot& snapshot) override;
     void clear_state() override;
 
+    // What the last `mesh` command could not mesh, one record per failure (kept through the
+    // rollback of that command, replaced by the next one).
+    void add_mesh_error(const std::string& type, int id, const std::string& text);
+    std::vector<TarvoInterface::MeshErrorFeedback*> mesh_errors();
+
     // The shapes the pieces were meshed on (kept beside the state, snapshotted with it).
     std::map<Owner, TopoDS_Shape>& shapes() { return shapes_; }
 
 private:
     MeshState state_;
     std::map<Owner, TopoDS_Shape> shapes_;
+    std::vector<std::unique_ptr<TarvoInterface::MeshErrorFeedback>> errors_;
 };
 
 // The live module between init_mesh_module() and shutdown_mesh_module(); null otherwise.

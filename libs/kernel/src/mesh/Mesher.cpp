@@ -105,6 +105,11 @@ public:
 
 private:
     bool plan(const std::vector<EntityKey>& list);
+    // Prints the error and records it against the entity being meshed (get_mesh_errors).
+    bool fail(const std::string& text) {
+        m.add_mesh_error(owner_word(current.dim), current.id, text);
+        return error(text);
+    }
     bool mesh_vertices();
     bool start_gmsh();
     bool give_back_curves();
@@ -138,6 +143,7 @@ private:
     // as their tag).
     std::unordered_map<std::size_t, int> node_of_tag;
     int total = 0, finished = 0;
+    Owner current; // the entity being meshed, for error records
     std::unique_ptr<Progress> progress;
 };
 
@@ -222,7 +228,7 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
                 if (why.empty())
                     why = "volume " + std::to_string(v) + " cannot be swept: its target surface " +
                           std::to_string(target) + " is meshed already";
-                return error(why);
+                return fail(why);
             }
         }
         if (!method.count(v) && (scheme == Scheme::Map || (automatic && logical_cube(v)))) {
@@ -325,7 +331,7 @@ bool MeshRun::read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params) 
     for (std::size_t t = 0; t < types.size(); ++t) {
         const auto kind = kind_of_gmsh(types[t]);
         if (!kind)
-            return error("Gmsh made elements of an unsupported type " + std::to_string(types[t]));
+            return fail("Gmsh made elements of an unsupported type " + std::to_string(types[t]));
         auto& conn = out.block(*kind).conn;
         for (std::size_t n : elem_nodes[t]) {
             if (auto it = local.find(n); it != local.end()) {
@@ -360,14 +366,15 @@ void MeshRun::done(Owner owner, const MeshPiece&) {
 // bias included), each with its curve parameter, so that Gmsh takes them as given.
 bool MeshRun::mesh_curves() {
     for (int id : todo[1]) {
+        current = {1, id};
         if (interrupted())
-            return error("Interrupted");
+            return fail("Interrupted");
         const TopoDS_Edge edge = TopoDS::Edge(model().shape(GeomKind::Curve, id));
         BRepAdaptor_Curve curve(edge);
         int first = 0, last = 0;
         std::vector<double> lengths = interval_lengths(id);
         if (!curve_ends(id, first, last) || lengths.empty())
-            return error("curve " + std::to_string(id) + " has no ends to mesh between");
+            return fail("curve " + std::to_string(id) + " has no ends to mesh between");
         if (curve_plan(id).from_end)
             std::reverse(lengths.begin(), lengths.end());
         const double u0 = curve.FirstParameter();
@@ -382,7 +389,7 @@ bool MeshRun::mesh_curves() {
             along += lengths[k] * total / sum;
             GCPnts_AbscissaPoint at(curve, along, u0);
             if (!at.IsDone())
-                return error("curve " + std::to_string(id) + " could not be divided");
+                return fail("curve " + std::to_string(id) + " could not be divided");
             const gp_Pnt p = curve.Value(at.Parameter());
             chain.push_back(NewMesh::local(static_cast<int>(mesh.nodes.size())));
             mesh.nodes.push_back({p.X(), p.Y(), p.Z()});
@@ -414,7 +421,7 @@ bool MeshRun::mesh_degenerate_curves() {
     std::string failure;
     generate(1, failure);
     if (!failure.empty())
-        return error("Gmsh could not mesh the curves: " + failure);
+        return fail("Gmsh could not mesh the curves: " + failure);
     return true;
 }
 
@@ -440,8 +447,8 @@ std::string MeshRun::surface_method(int id) {
                      (scheme == Scheme::Default && sides == 4 && !paved.count(id) &&
                       !triangulated.count(id) && opposite_sides_match(id));
     if (map && sides != 4) {
-        error("surface " + std::to_string(id) + " cannot be mapped: it has " +
-              std::to_string(sides) + " curves, not four");
+        fail("surface " + std::to_string(id) + " cannot be mapped: it has " +
+             std::to_string(sides) + " curves, not four");
         return {};
     }
     if (map)
@@ -455,16 +462,18 @@ bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
     std::map<double, std::vector<int>> by_size;
     std::map<int, std::string> how;
     for (int id : ids) {
+        current = {2, id};
         if (tag_of(2, id).second < 0)
-            return error("surface " + std::to_string(id) + " is unknown to Gmsh");
+            return fail("surface " + std::to_string(id) + " is unknown to Gmsh");
         how[id] = surface_method(id);
         if (how[id].empty())
             return false;
         by_size[target_size(GeomKind::Surface, id)].push_back(id);
     }
     for (const auto& [size, surfaces] : by_size) {
+        current = {2, surfaces.front()};
         if (interrupted())
-            return error("Interrupted");
+            return fail("Interrupted");
         std::vector<std::pair<int, int>> visible;
         for (int id : surfaces) {
             const int tag = tag_of(2, id).second;
@@ -484,15 +493,16 @@ bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
         std::string failure;
         generate(2, failure);
         if (!failure.empty())
-            return error("Gmsh could not mesh the surfaces (its numbering): " + failure);
+            return fail("Gmsh could not mesh the surfaces (its numbering): " + failure);
         for (int id : surfaces) {
+            current = {2, id};
             NewMesh mesh;
             if (!read_gmsh_piece(2, tag_of(2, id).second, mesh, false))
                 return false;
             if (mesh.blocks.empty())
-                return error("Gmsh made no elements on surface " + std::to_string(id));
+                return fail("Gmsh made no elements on surface " + std::to_string(id));
             if (how[id] == "map" && mesh.blocks.size() != 1)
-                return error("surface " + std::to_string(id) + " could not be mapped into quads");
+                return fail("surface " + std::to_string(id) + " could not be mapped into quads");
             done({2, id}, m.publish({2, id}, std::move(mesh), how[id]));
         }
     }
@@ -509,7 +519,7 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     for (int s : m.boundary(3, id)) {
         const MeshPiece* piece = m.state().piece({2, s});
         if (!piece)
-            return error("surface " + std::to_string(s) + " has no mesh");
+            return fail("surface " + std::to_string(s) + " has no mesh");
         gmsh::model::addDiscreteEntity(2, ++tag);
         surfaces.push_back(tag);
         std::vector<std::size_t> nodes;
@@ -535,7 +545,7 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     if (!failure.empty()) {
         gmsh::model::remove();
         gmsh::model::setCurrent(geo_model);
-        return error("Gmsh could not mesh volume " + std::to_string(id) + ": " + failure);
+        return fail("Gmsh could not mesh volume " + std::to_string(id) + ": " + failure);
     }
     // In this model every given node's tag is its id; the tags of the geometry model's run mean
     // nothing here.
@@ -547,7 +557,7 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     if (!ok)
         return false;
     if (out.blocks.empty())
-        return error("Gmsh made no tets in volume " + std::to_string(id));
+        return fail("Gmsh made no tets in volume " + std::to_string(id));
     return true;
 }
 
@@ -571,7 +581,7 @@ bool MeshRun::mesh_volume(int id) {
         // A hex method the user did not ask for gives way to tets on the same boundary.
         const Scheme scheme = scheme_of(GeomKind::Volume, id);
         if (scheme != Scheme::Default && scheme != Scheme::Auto)
-            return error(why);
+            return fail(why);
         warning(why + "; meshing volume " + std::to_string(id) + " with tets instead");
         if (how == Method::Sweep && !m.state().meshed({2, sweep_pairs.at(id).second}) &&
             !mesh_surfaces({sweep_pairs.at(id).second}))
@@ -600,8 +610,9 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
     if (!mesh_surfaces(todo[2]))
         return false;
     for (int id : todo[3]) {
+        current = {3, id};
         if (interrupted())
-            return error("Interrupted");
+            return fail("Interrupted");
         if (!mesh_volume(id))
             return false;
     }
@@ -615,6 +626,7 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
 } // namespace
 
 bool MeshModule::mesh(const std::vector<EntityKey>& list) {
+    errors_.clear();
     return guarded("mesh", [&] {
         MeshRun run(*this);
         return run.run(list);

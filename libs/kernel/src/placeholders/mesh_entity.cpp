@@ -26,7 +26,5 @@ STUB_ID(get_edge_global_element_id, (int))
 STUB_ID(get_sphere_global_element_id, (int))
 STUB_ID(get_node_global_id, (int))
 STUB(get_submap_corner_types, (int), std::vector<std::pair<int, int>>)
-STUB(get_mesh_errors, (), std::vector<MeshErrorFeedback*>)
-STUB(get_mesh_error_count, (), int)
 
 } // namespace TarvoInterface
