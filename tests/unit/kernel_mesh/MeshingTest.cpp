@@ -163,6 +163,22 @@ TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
     EXPECT_FALSE(TarvoInterface::is_meshed("surface", 1));
 }
 
+TEST_F(MeshingTest, AMapThatCannotBeSaysWhyAndLeavesNothing) {
+    run("create cylinder radius 1 height 2");
+    run("volume 1 scheme map");
+    const std::string why = rejected("mesh volume 1");
+    EXPECT_NE(why.find("cannot be mapped"), std::string::npos) << why;
+    EXPECT_FALSE(TarvoInterface::is_meshed("volume", 1));
+    EXPECT_EQ(TarvoInterface::get_node_count(), 0);
+    ASSERT_EQ(TarvoInterface::get_mesh_error_count(), 1);
+    EXPECT_EQ(TarvoInterface::get_mesh_errors()[0]->error_text, why.substr(7));
+    // The same volume meshes once the user lets the kernel choose.
+    run("volume 1 scheme auto");
+    run("mesh volume 1");
+    EXPECT_EQ(TarvoInterface::get_mesh_error_count(), 0);
+    EXPECT_TRUE(TarvoInterface::is_meshed("volume", 1));
+}
+
 TEST_F(MeshingTest, MeshQueriesAnswerFromTheDatabase) {
     run("create box 2");
     run("surface 1 size 1");
@@ -213,6 +229,9 @@ TEST_F(MeshingTest, InterruptStopsBetweenVolumesAndLeavesNothingHalfMeshed) {
     EXPECT_NE(why.find("Interrupted"), std::string::npos) << why;
     EXPECT_EQ(recorder.starting("mesh_created volume").size(), 1u) << "did not stop after one";
     EXPECT_EQ(TarvoInterface::get_node_count(), 0) << "the failed command must leave no mesh";
+    ASSERT_EQ(TarvoInterface::get_mesh_error_count(), 1);
+    EXPECT_EQ(TarvoInterface::get_mesh_errors()[0]->error_code, 2);
+    EXPECT_EQ(TarvoInterface::get_mesh_errors()[0]->entity_type, "volume");
     for (int v = 1; v <= 4; ++v)
         EXPECT_FALSE(TarvoInterface::is_meshed("volume", v));
 }

@@ -136,6 +136,7 @@ private:
     std::map<int, Method> method;                   // per volume to mesh
     std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
     std::set<int> mapped, paved;                    // surfaces whose volume's method needs quads
+    std::map<int, int> linking;                     // linking surface of a sweep -> its volume
     std::set<int> triangulated;                     // surfaces of tet volumes
     GmshMap gmap;
     std::string geo_model;
@@ -215,13 +216,14 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
         if (scheme == Scheme::Sweep || automatic) {
             int source = 0, target = 0;
             sweep_surfaces(v, source, target);
-            if (find_sweep_pair(m, v, source, target, why) && !m.state().meshed({2, target})) {
+            if (find_sweep_pair(m, v, source, target, why) && !m.state().meshed({2, target}) &&
+                linking_surfaces_fit(m, v, source, target, why)) {
                 method[v] = Method::Sweep;
                 sweep_pairs[v] = {source, target};
                 std::erase(todo[2], target);
                 for (int s : m.boundary(3, v))
                     if (s != source && s != target)
-                        mapped.insert(s);
+                        linking.try_emplace(s, v);
                 if (scheme_of(GeomKind::Surface, source) == Scheme::Default)
                     (m.boundary(2, source).size() == 4 ? mapped : paved).insert(source);
             } else if (scheme == Scheme::Sweep) {
@@ -463,12 +465,27 @@ bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
     std::map<int, std::string> how;
     for (int id : ids) {
         current = {2, id};
+        if (linking.count(id))
+            continue;
         if (tag_of(2, id).second < 0)
             return fail("surface " + std::to_string(id) + " is unknown to Gmsh");
         how[id] = surface_method(id);
         if (how[id].empty())
             return false;
         by_size[target_size(GeomKind::Surface, id)].push_back(id);
+    }
+    // A sweep's linking surfaces are structured bands of our own, not Gmsh's.
+    for (int id : ids) {
+        const auto it = linking.find(id);
+        if (it == linking.end() || m.state().meshed({2, id}))
+            continue;
+        current = {2, id};
+        const auto [source, target] = sweep_pairs.at(it->second);
+        NewMesh band;
+        std::string why;
+        if (!map_linking_surface(m, it->second, source, target, id, band, why))
+            return fail(why);
+        done({2, id}, m.publish({2, id}, std::move(band), "map"));
     }
     for (const auto& [size, surfaces] : by_size) {
         current = {2, surfaces.front()};
