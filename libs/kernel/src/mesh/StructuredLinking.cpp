@@ -11,6 +11,7 @@
 #include "mesh/Structured.h"
 #include "mesh/StructuredCommon.h"
 
+#include <BRepTools.hxx>
 #include <BRep_Tool.hxx>
 #include <GeomAPI_ProjectPointOnSurf.hxx>
 #include <Geom_Surface.hxx>
@@ -110,23 +111,38 @@ std::vector<int> walk(const MeshModule& module, const std::vector<int>& curves, 
     return path;
 }
 
-// A surface point nearest to p, and the face's normal there as the face is used.
-struct OnFace {
-    Point3 point, normal;
+// Projection onto one face, set up once: the projector's search structures are built by Init,
+// not per point (for a B-spline face that set-up is most of the cost), and the search stays in
+// the face's parameter range.
+class FaceProjector {
+public:
+    explicit FaceProjector(const TopoDS_Face& face)
+        : surface_(BRep_Tool::Surface(face)),
+          sense_(face.Orientation() == TopAbs_REVERSED ? -1 : 1) {
+        double u0 = 0, u1 = 0, v0 = 0, v1 = 0;
+        BRepTools::UVBounds(face, u0, u1, v0, v1);
+        projector_.Init(surface_, u0, u1, v0, v1);
+    }
+    // The point of the face nearest to p, and the face's normal there as the face is used (p and
+    // no normal when the projection fails).
+    std::pair<Point3, Point3> operator()(const Point3& p) {
+        projector_.Perform(gp_Pnt(p[0], p[1], p[2]));
+        if (!projector_.IsDone() || projector_.NbPoints() == 0)
+            return {p, {0, 0, 0}};
+        double u = 0, v = 0;
+        projector_.LowerDistanceParameters(u, v);
+        gp_Pnt at;
+        gp_Vec du, dv;
+        surface_->D1(u, v, at, du, dv);
+        const gp_Vec n = du.Crossed(dv) * sense_;
+        return {{at.X(), at.Y(), at.Z()}, {n.X(), n.Y(), n.Z()}};
+    }
+
+private:
+    Handle(Geom_Surface) surface_;
+    double sense_;
+    GeomAPI_ProjectPointOnSurf projector_;
 };
-OnFace project(const TopoDS_Face& face, const Handle(Geom_Surface) & surface, const Point3& p) {
-    GeomAPI_ProjectPointOnSurf proj(gp_Pnt(p[0], p[1], p[2]), surface);
-    if (proj.NbPoints() == 0)
-        return {p, {0, 0, 0}};
-    double u = 0, v = 0;
-    proj.LowerDistanceParameters(u, v);
-    gp_Pnt at;
-    gp_Vec du, dv;
-    surface->D1(u, v, at, du, dv);
-    const gp_Vec n = du.Crossed(dv);
-    const double s = face.Orientation() == TopAbs_REVERSED ? -1 : 1;
-    return {{at.X(), at.Y(), at.Z()}, {s * n.X(), s * n.Y(), s * n.Z()}};
-}
 
 // Normalised arc length at each point of a polyline.
 std::vector<double> arc_fractions(const std::vector<Point3>& line) {
@@ -274,9 +290,8 @@ bool map_linking_surface(const MeshModule& module, int volume_id, int source, in
     const std::vector<double> u_first = arc_fractions(first_at), u_last = arc_fractions(last_at);
     const std::vector<double> s_bottom = arc_fractions(bottom_at), s_top = arc_fractions(top_at);
 
-    const TopoDS_Face face =
-        TopoDS::Face(geometry_module()->model().shape(GeomKind::Surface, surface));
-    const Handle(Geom_Surface) geom = BRep_Tool::Surface(face);
+    FaceProjector project(
+        TopoDS::Face(geometry_module()->model().shape(GeomKind::Surface, surface)));
     out = NewMesh{};
     Grid grid{ni, nj, std::vector<int>(static_cast<std::size_t>(ni) * nj, 0)};
     auto set = [&](int i, int j, int id) { grid.ids[static_cast<std::size_t>(i) * nj + j] = id; };
@@ -299,7 +314,7 @@ bool map_linking_surface(const MeshModule& module, int volume_id, int source, in
             const Point3 p = (1 - u) * bottom_at[j] + u * top_at[j] +
                              (1 - s) * (first_at[i] - chord_first) + s * (last_at[i] - chord_last);
             set(i, j, NewMesh::local(static_cast<int>(out.nodes.size())));
-            out.nodes.push_back(project(face, geom, p).point);
+            out.nodes.push_back(project(p).first);
         }
     }
     auto at = [&](int entry) { return entry > 0 ? position(entry) : out.nodes[-entry]; };
@@ -316,7 +331,7 @@ bool map_linking_surface(const MeshModule& module, int volume_id, int source, in
         centre = centre + 0.25 * at(quads[mid + c]);
     const Point3 n =
         cross(at(quads[mid + 2]) - at(quads[mid]), at(quads[mid + 3]) - at(quads[mid + 1]));
-    if (dot(n, project(face, geom, centre).normal) < 0)
+    if (dot(n, project(centre).second) < 0)
         for (std::size_t e = 0; e < quads.size(); e += 4)
             std::swap(quads[e + 1], quads[e + 3]);
     return true;
