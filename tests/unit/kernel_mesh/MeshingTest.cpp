@@ -123,6 +123,36 @@ TEST_F(MeshingTest, SeparateCommandsMeshMergedVolumesConformingly) {
     }
 }
 
+TEST_F(MeshingTest, AutoMeshesAnImportedAssemblyConformingly) {
+    const char* dir = std::getenv("TARVO_CAD_DATA");
+    const std::string file =
+        std::string(dir && *dir ? dir : TARVO_DEFAULT_CAD_DATA) + "/as1-tu-203.stp";
+    run("import step '" + file + "'");
+    run("imprint all");
+    run("merge all");
+    run("volume all size 5");
+    output->take();
+    run("mesh volume all");
+    const auto volumes = TarvoInterface::get_entities("volume");
+    ASSERT_EQ(volumes.size(), 18u);
+    int elements = 0;
+    for (int v : volumes) {
+        EXPECT_TRUE(TarvoInterface::is_meshed("volume", v)) << v;
+        // Each volume's line names the method auto chose.
+        EXPECT_EQ(output->starting("Meshed volume " + std::to_string(v) + ": ").size(), 1u) << v;
+        elements += TarvoInterface::get_volume_element_count(v);
+    }
+    EXPECT_EQ(elements,
+              TarvoInterface::get_hex_count() + TarvoInterface::get_tet_count() +
+                  static_cast<int>(TarvoInterface::parse_tarvo_list("wedge", "all").size()) +
+                  TarvoInterface::get_pyramid_count());
+    EXPECT_GT(TarvoInterface::get_hex_count(), 0) << "some parts sweep";
+    EXPECT_GT(TarvoInterface::get_tet_count(), 0) << "some parts do not";
+    std::set<std::array<long long, 3>> places;
+    for (int n : TarvoInterface::parse_tarvo_list("node", "all"))
+        EXPECT_TRUE(places.insert(key(node(n))).second) << "two nodes at the place of " << n;
+}
+
 TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
     run("create box 4");
     run("volume 1 size 1");

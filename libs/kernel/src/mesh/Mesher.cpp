@@ -11,6 +11,7 @@
 //   model whose surfaces are exactly the stored triangles and quads (the boundary is kept node
 //   for node), hexes by our own mapper and sweeper (Structured.h).
 
+#include "core/EntityList.h"
 #include "core/Session.h"
 #include "geometry/GeometryGmsh.h"
 #include "geometry/GeometryModule.h"
@@ -82,8 +83,8 @@ int gmsh_type_of(ElemKind kind) {
     }
 }
 
-std::string plural(int n, const char* word) {
-    return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
+std::string plural(int n, const std::string& word) {
+    return std::to_string(n) + " " + word + (n == 1 ? "" : word.ends_with('x') ? "es" : "s");
 }
 
 std::string describe(const MeshPiece& p) {
@@ -91,7 +92,7 @@ std::string describe(const MeshPiece& p) {
     for (const ElemBlock& b : p.blocks) {
         if (!text.empty())
             text += ", ";
-        text += plural(b.count(), std::string(info(b.kind).word).c_str());
+        text += plural(b.count(), std::string(info(b.kind).word));
     }
     return text.empty() ? "no elements" : text;
 }
@@ -137,6 +138,7 @@ private:
     std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
     std::set<int> mapped, paved;                    // surfaces whose volume's method needs quads
     std::map<int, int> linking;                     // linking surface of a sweep -> its volume
+    std::set<int> claimed;                          // surfaces that a sweep of this run makes
     std::set<int> triangulated;                     // surfaces of tet volumes
     GmshMap gmap;
     std::string geo_model;
@@ -216,8 +218,17 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
         if (scheme == Scheme::Sweep || automatic) {
             int source = 0, target = 0;
             sweep_surfaces(v, source, target);
-            if (find_sweep_pair(m, v, source, target, why) && !m.state().meshed({2, target}) &&
+            bool found = find_sweep_pair(m, v, source, target, why);
+            // Two sweeps toward one shared surface cannot both make it: sweep away from it.
+            if (found && claimed.count(target)) {
+                const int shared = target;
+                source = shared;
+                target = 0;
+                found = find_sweep_pair(m, v, source, target, why);
+            }
+            if (found && !m.state().meshed({2, target}) && !claimed.count(target) &&
                 linking_surfaces_fit(m, v, source, target, why)) {
+                claimed.insert(target);
                 method[v] = Method::Sweep;
                 sweep_pairs[v] = {source, target};
                 std::erase(todo[2], target);
@@ -626,7 +637,24 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
         return false;
     if (!mesh_surfaces(todo[2]))
         return false;
-    for (int id : todo[3]) {
+    // A volume waits for the sweeps that make surfaces on its boundary.
+    std::vector<int> pending = todo[3];
+    while (!pending.empty()) {
+        const auto ready = std::find_if(pending.begin(), pending.end(), [&](int v) {
+            const auto own = sweep_pairs.find(v);
+            for (int s : m.boundary(3, v))
+                if (!m.state().meshed({2, s}) &&
+                    (own == sweep_pairs.end() || own->second.second != s))
+                    return false;
+            return true;
+        });
+        if (ready == pending.end()) {
+            current = {3, pending.front()};
+            return fail("volumes " + compress_ids(pending) +
+                        " wait on each other's sweeps: give their sources and targets");
+        }
+        const int id = *ready;
+        pending.erase(ready);
         current = {3, id};
         if (interrupted())
             return fail("Interrupted");
