@@ -57,6 +57,23 @@ TEST_F(MeshingTest, TetsFillABracketWithAHoleExactly) {
     EXPECT_EQ(recorder.starting("mesh_created curve").size(), 24u);
 }
 
+TEST_F(MeshingTest, TetmesherGrowthCoarsensTheInsideOnly) {
+    run("create box 12");
+    run("volume 1 size 1");
+    run("volume 1 scheme tetmesh");
+    run("mesh volume 1");
+    const int even = TarvoInterface::get_tet_count();
+    const int tris = TarvoInterface::get_tri_count();
+    run("delete mesh volume 1");
+    run("set tetmesher growth 1.5");
+    run("mesh volume 1");
+    EXPECT_LT(TarvoInterface::get_tet_count(), even * 3 / 4);
+    EXPECT_EQ(TarvoInterface::get_tri_count(), tris) << "the boundary was kept";
+    const auto volumes = tet_volumes(1);
+    EXPECT_GT(*std::min_element(volumes.begin(), volumes.end()), 0.0);
+    EXPECT_NEAR(std::accumulate(volumes.begin(), volumes.end(), 0.0), 1728.0, 1e-6);
+}
+
 TEST_F(MeshingTest, CurvedBoundaryNodesLieOnTheGeometry) {
     run("create cylinder radius 2 height 5");
     run("volume 1 size 0.5");

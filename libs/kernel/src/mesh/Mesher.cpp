@@ -567,7 +567,25 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     }
     const int volume = gmsh::model::addDiscreteEntity(3, -1, surfaces);
     gmsh::model::mesh::createGeometry({{3, volume}});
-    gmsh::option::setNumber("Mesh.MeshSizeMax", target_size(GeomKind::Volume, id));
+    const double size = target_size(GeomKind::Volume, id);
+    gmsh::option::setNumber("Mesh.MeshSizeMax", size);
+    // Growth: the size may rise from the boundary's by (growth - 1) per unit of distance, up to
+    // growth^3 times it (a background field over the distance to the boundary triangles).
+    const double growth = tetmesh_growth();
+    if (growth > 1) {
+        const int distance = gmsh::model::mesh::field::add("Distance");
+        gmsh::model::mesh::field::setNumbers(distance, "FacesList",
+                                             std::vector<double>(surfaces.begin(), surfaces.end()));
+        const int law = gmsh::model::mesh::field::add("MathEval");
+        gmsh::model::mesh::field::setString(
+            law, "F",
+            "min(" + std::to_string(size * growth * growth * growth) + ", " + std::to_string(size) +
+                " + " + std::to_string(growth - 1) + " * F" + std::to_string(distance) + ")");
+        gmsh::model::mesh::field::setAsBackgroundMesh(law);
+        gmsh::option::setNumber("Mesh.MeshSizeMax", size * growth * growth * growth);
+        // Or the sizes interpolated from the boundary would win everywhere.
+        gmsh::option::setNumber("Mesh.MeshSizeExtendFromBoundary", 0);
+    }
     std::string failure;
     generate(3, failure);
     if (!failure.empty()) {
