@@ -239,18 +239,23 @@ TEST_F(StructuredTest, SweptAndMappedSolidsFillTheirGeometry) {
           "volume all size 1"},
          1e-9,
          true},
-        // Gmsh maps only four-sided surfaces, so the round sides are halved to have four curves.
-        {"half cylinders",
-         {"create cylinder radius 2 height 5", "webcut volume 1 plane x", "volume all size 0.5"},
-         0.02,
-         true},
-        {"plate with three holes, halved through them",
+        // Round sides and hole walls are periodic bands with their seams; the plate is swept
+        // through its thickness whole.
+        // Gmsh's paving of the round source leaves a few triangles: wedges stand on them.
+        {"cylinder", {"create cylinder radius 2 height 5", "volume all size 0.5"}, 0.02, true},
+        {"plate with three through holes",
          {"create box 20 10 2", "create cylinder radius 1 height 4 at -5 0 0",
           "create cylinder radius 1 height 4 at 0 0 0",
           "create cylinder radius 1.5 height 4 at 5 0 0", "subtract volume 2 3 4 from volume 1",
-          "webcut volume 1 plane y", "volume all size 0.7"},
+          "volume all size 0.7"},
          0.01,
          true},
+        // The small box touches the top along part of an edge: the side below holds one curve
+        // on the bottom and three on the top.
+        {"box with an edge split by an imprint",
+         {"create box 10", "create box 4 4 2 at 7 0 6", "imprint all", "volume all size 1"},
+         1e-9,
+         false},
         {"quarter rings mapped",
          {"create cylinder radius 10 height 2", "create cylinder radius 5 height 4",
           "subtract volume 2 from volume 1", "webcut volume 1 plane x", "webcut volume all plane y",
@@ -274,8 +279,7 @@ TEST_F(StructuredTest, SweptAndMappedSolidsFillTheirGeometry) {
             EXPECT_GT(s.min_scaled_jacobian, 0);
             const double exact = c.volume > 0 ? c.volume : TarvoInterface::get_volume_area(v);
             EXPECT_NEAR(s.volume, exact, c.volume_tolerance * exact);
-            EXPECT_LT(worst_off_surface(v),
-                      1e-6 * TarvoInterface::get_bounding_box("volume", v)[9]);
+            EXPECT_LT(worst_off_surface(v), 1e-6);
             // Wedges stand on the source's triangles, one per layer.
             const int tris = static_cast<int>(in("tri", "volume " + std::to_string(v)).size());
             EXPECT_EQ(s.wedges % std::max(tris / 2, 1), 0);
@@ -325,10 +329,10 @@ TEST_F(StructuredTest, RotationSweepBendsTheLayersAroundTheAxis) {
     EXPECT_GT(inside, 0);
 }
 
-// Linking surfaces meshed as bands by map_linking_surface from curves the mesher divided, then
-// source, target and volume swept by hand: periodic sides and hole walls, a side split by an
-// imprint, and interval counts that make no band.
-TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
+// Linking surfaces meshed as bands by map_linking_surface from curves the mesher divided:
+// periodic sides and hole walls, a side split by an imprint, arcs as linking curves, and
+// interval counts that make no band. (Their sweeps are in the solids above.)
+TEST_F(StructuredTest, LinkingSurfacesBecomeStructuredBands) {
     struct Case {
         const char* name;
         std::vector<std::string> lines;
@@ -371,8 +375,6 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
         const bool fits = linking_surfaces_fit(m, v, source, target, why);
         EXPECT_EQ(fits, *c.why == 0) << why;
         EXPECT_EQ(why.rfind(c.why, 0), 0u) << why;
-        run("surface " + std::to_string(source) + " scheme pave");
-        run("mesh surface " + std::to_string(source));
         run("mesh curve in surface in volume 1");
         const GeometryModel& model = geometry_module()->model();
         for (int f : m.boundary(3, v)) {
@@ -422,19 +424,6 @@ TEST_F(StructuredTest, LinkingSurfacesBecomeBandsThatSweep) {
                 }
             }
         }
-        if (!fits)
-            continue;
-        NewMesh swept;
-        ASSERT_TRUE(sweep_target(m, v, source, target, swept, why)) << why;
-        m.publish({2, target}, swept, "sweep");
-        ASSERT_TRUE(sweep_volume(m, v, source, target, swept, why)) << why;
-        m.publish({3, v}, swept, "sweep");
-        const SolidStats s = solid_stats(v);
-        EXPECT_GT(s.hexes, 0);
-        EXPECT_EQ(s.others, 0);
-        EXPECT_GT(s.min_scaled_jacobian, 0);
-        EXPECT_NEAR(s.volume, TarvoInterface::get_volume_area(v),
-                    0.02 * TarvoInterface::get_volume_area(v));
     }
 }
 
