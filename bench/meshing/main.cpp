@@ -12,7 +12,7 @@
 //   hexes:    `mesh volume 1` of a box with N intervals per side (our own hex meshing) against
 //             Gmsh's transfinite hexes on the same box; hexes per second and their ratio.
 //
-//   bench_meshing [--sizes 0.09,0.05] [--hex 60]
+//   bench_meshing [--sizes 0.09,0.04] [--hex 100]
 
 #include "core/SessionState.h"
 #include "core/Undo.h"
@@ -57,8 +57,8 @@ template <class F> double seconds(F&& work) {
 // Plain Gmsh on volume 1's shape: the same OpenCASCADE solid, the same size, one generate(3).
 size_t gmsh_elements(double size, bool hexes, int intervals, double& time) {
     gmsh::clear();
-    TopoDS_Shape shape = tarvo::kernel::geometry_module()->model().shape(
-        tarvo::kernel::GeomKind::Volume, 1);
+    TopoDS_Shape shape =
+        tarvo::kernel::geometry_module()->model().shape(tarvo::kernel::GeomKind::Volume, 1);
     gmsh::vectorpair out;
     gmsh::model::occ::importShapesNativePointer(&shape, out, false);
     gmsh::model::occ::synchronize();
@@ -69,19 +69,22 @@ size_t gmsh_elements(double size, bool hexes, int intervals, double& time) {
     if (hexes) {
         gmsh::vectorpair curves;
         gmsh::model::getEntities(curves, 1);
-        for (auto [d, t] : curves) gmsh::model::mesh::setTransfiniteCurve(t, intervals + 1);
+        for (auto [d, t] : curves)
+            gmsh::model::mesh::setTransfiniteCurve(t, intervals + 1);
         gmsh::model::mesh::setTransfiniteAutomatic();
         gmsh::option::setNumber("Mesh.RecombineAll", 1);
     }
     const double two = seconds([] { gmsh::model::mesh::generate(2); });
     time = two + seconds([] { gmsh::model::mesh::generate(3); });
-    if (std::getenv("TARVO_TIMING")) std::fprintf(stderr, "gmsh 2D %.3f 3D %.3f\n", two, time - two);
+    if (std::getenv("TARVO_TIMING"))
+        std::fprintf(stderr, "gmsh 2D %.3f 3D %.3f\n", two, time - two);
     gmsh::option::setNumber("Mesh.RecombineAll", 0);
     std::vector<int> types;
     std::vector<std::vector<std::size_t>> tags, nodes;
     gmsh::model::mesh::getElements(types, tags, nodes, 3);
     size_t n = 0;
-    for (const auto& t : tags) n += t.size();
+    for (const auto& t : tags)
+        n += t.size();
     gmsh::clear();
     return n;
 }
@@ -92,7 +95,8 @@ double bytes_per_element(int elements) {
     for (const auto& [owner, piece] : km::mesh_module()->state().pieces()) {
         bytes += sizeof(km::MeshPiece) + piece->nodes.capacity() * sizeof(km::Point3) +
                  piece->params.capacity() * sizeof(double);
-        for (const km::ElemBlock& b : piece->blocks) bytes += sizeof(b) + b.conn.capacity() * 4;
+        for (const km::ElemBlock& b : piece->blocks)
+            bytes += sizeof(b) + b.conn.capacity() * 4;
     }
     return static_cast<double>(bytes) / elements;
 }
@@ -108,13 +112,16 @@ void measure_database(int elements) {
             if (n >= piece->first_node && n < piece->first_node + piece->node_count())
                 n = km::NewMesh::local(n - piece->first_node);
     }
-    const double fill = seconds([&] { km::mesh_module()->publish({3, 1}, std::move(copy), "copy"); });
+    const double fill = seconds([&] {
+        km::mesh_module()->publish({3, 1}, std::move(copy), "copy");
+    });
     std::printf("  database: %.2f M elements/s filled, %.1f bytes per element (nodes included)\n",
                 elements / fill / 1e6, bytes_per_element(elements));
     auto& participants = tarvo::kernel::state().participants;
     const double snap = seconds([&] {
         for (int r = 0; r < 100; ++r)
-            for (auto* p : participants) p->save_state();
+            for (auto* p : participants)
+                p->save_state();
     });
     std::printf("  undo snapshot: %.4f ms\n", snap / 100 * 1e3);
     double mn, mx, mean, sd;
@@ -132,26 +139,29 @@ void measure_database(int elements) {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::vector<double> sizes{0.09, 0.05};
-    int hex = 60;
+    std::vector<double> sizes{0.09, 0.04};
+    int hex = 100;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (!std::strcmp(argv[i], "--sizes")) {
             sizes.clear();
             std::stringstream list(argv[i + 1]);
-            for (std::string item; std::getline(list, item, ',');) sizes.push_back(std::atof(item.c_str()));
+            for (std::string item; std::getline(list, item, ',');)
+                sizes.push_back(std::atof(item.c_str()));
         } else if (!std::strcmp(argv[i], "--hex")) {
             hex = std::atoi(argv[i + 1]);
         }
     }
     TarvoMessage::instance()->set_message_handler(std::make_shared<QuietHandler>());
-    if (!TarvoInterface::init({"bench_meshing"})) return 1;
+    if (!TarvoInterface::init({"bench_meshing"}))
+        return 1;
     kernel("undo off");
     for (double size : sizes) {
         kernel("reset");
         kernel("create box 4 2 2");
         for (int i = 0; i < 3; ++i) {
             kernel("create cylinder radius 0.3 height 4 axis z");
-            kernel("move volume " + std::to_string(i + 2) + " by " + std::to_string(i - 1.0) + " 0 0");
+            kernel("move volume " + std::to_string(i + 2) + " by " + std::to_string(i - 1.0) +
+                   " 0 0");
         }
         kernel("subtract volume 2 3 4 from volume 1");
         kernel("volume 1 size " + std::to_string(size));
@@ -177,7 +187,8 @@ int main(int argc, char** argv) {
                 "(%.0f/s), ratio %.2f\n",
                 hex, hexes, ours, hexes / ours, gmsh_count, gmsh_time, gmsh_count / gmsh_time,
                 (hexes / ours) / (gmsh_count / gmsh_time));
-    if (hexes > 0) measure_database(hexes);
+    if (hexes > 0)
+        measure_database(hexes);
     TarvoInterface::destroy();
     return 0;
 }

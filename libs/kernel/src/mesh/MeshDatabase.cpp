@@ -117,6 +117,16 @@ std::optional<Point3> MeshState::node_position(int id) const {
     return ref->piece->nodes[ref->index];
 }
 
+const Point3* NodeLookup::operator()(int id) {
+    if (!last || id < last->first_node || id >= last->first_node + last->node_count()) {
+        const auto ref = state.find_node(id);
+        if (!ref)
+            return nullptr;
+        last = ref->piece;
+    }
+    return &last->nodes[id - last->first_node];
+}
+
 std::vector<int> MeshState::node_ids() const {
     std::vector<int> ids;
     ids.reserve(node_total_);

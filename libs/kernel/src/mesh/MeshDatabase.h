@@ -69,6 +69,20 @@ struct ElemRef {
     const int* nodes() const { return block->conn.data() + index * info(block->kind).nodes; }
 };
 
+class MeshState;
+
+// Positions of many nodes, fast when consecutive ids fall in the same piece (an element's
+// corners mostly do): it remembers the last piece it found. Valid while the state is unchanged.
+class NodeLookup {
+public:
+    explicit NodeLookup(const MeshState& state) : state(state) {}
+    const Point3* operator()(int id);
+
+private:
+    const MeshState& state;
+    const MeshPiece* last = nullptr;
+};
+
 // The whole mesh of the model: a value type; copying it is the undo snapshot.
 class MeshState {
 public:

@@ -20,18 +20,17 @@ namespace tarvo::kernel::mesh {
 
 namespace {
 
-// Elements of one kind, with their corners gathered for the metric functions.
+// Elements of one kind; their corners are gathered chunk by chunk when they are scored, so that
+// a million elements never need a copy of all their corners at once.
 struct Sample {
     ElemKind kind = ElemKind::Tet;
     std::vector<int> ids;
-    std::vector<Point3> corners;
+    std::vector<std::pair<const ElemBlock*, int>> elements;
 };
 
-void add(Sample& sample, const MeshState& s, const ElemBlock& b, int index) {
-    const int n = info(b.kind).nodes;
+void add(Sample& sample, const ElemBlock& b, int index) {
     sample.ids.push_back(b.first_id + index);
-    for (int k = 0; k < n; ++k)
-        sample.corners.push_back(*s.node_position(b.conn[index * n + k]));
+    sample.elements.push_back({&b, index});
 }
 
 // The elements that `type` and `ids` name, grouped by kind: mesh elements themselves, or the
@@ -46,7 +45,7 @@ std::map<ElemKind, Sample> gather(const std::string& type, const std::vector<int
             if (auto ref = s.find_element(*kind, id)) {
                 Sample& sample = out[*kind];
                 sample.kind = *kind;
-                add(sample, s, *ref->block, ref->index);
+                add(sample, *ref->block, ref->index);
             }
         return out;
     }
@@ -67,15 +66,31 @@ std::map<ElemKind, Sample> gather(const std::string& type, const std::vector<int
             for (const ElemBlock& b : p->blocks) {
                 Sample& sample = out[b.kind];
                 sample.kind = b.kind;
+                sample.ids.reserve(sample.ids.size() + b.count());
+                sample.elements.reserve(sample.elements.size() + b.count());
                 for (int i = 0; i < b.count(); ++i)
-                    add(sample, s, b, i);
+                    add(sample, b, i);
             }
     return out;
 }
 
 std::vector<double> values_of(const Sample& sample, std::string_view metric) {
-    std::vector<double> values(sample.ids.size());
-    quality_values(sample.kind, metric, sample.corners.data(), sample.ids.size(), values.data());
+    constexpr size_t kChunk = 4096;
+    const int n = info(sample.kind).nodes;
+    std::vector<double> values(sample.elements.size());
+    std::vector<Point3> corners;
+    corners.reserve(kChunk * n);
+    NodeLookup position(mesh_module()->state());
+    for (size_t start = 0; start < sample.elements.size(); start += kChunk) {
+        const size_t count = std::min(kChunk, sample.elements.size() - start);
+        corners.clear();
+        for (size_t e = start; e < start + count; ++e) {
+            const auto& [block, index] = sample.elements[e];
+            for (int k = 0; k < n; ++k)
+                corners.push_back(*position(block->conn[index * n + k]));
+        }
+        quality_values(sample.kind, metric, corners.data(), count, values.data() + start);
+    }
     return values;
 }
 
@@ -147,7 +162,9 @@ double get_quality_value(const std::string& mesh_type, int mesh_id,
         if (samples.empty())
             return 0.0;
         const km::Sample& s = samples.begin()->second;
-        return km::quality_value(s.kind, *metric, s.corners.data()).value_or(0.0);
+        if (!km::metric_applies(*metric, s.kind))
+            return 0.0;
+        return km::values_of(s, *metric).front();
     });
 }
 
