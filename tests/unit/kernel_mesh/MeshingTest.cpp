@@ -140,6 +140,39 @@ TEST_F(MeshingTest, SeparateCommandsMeshMergedVolumesConformingly) {
     }
 }
 
+TEST_F(MeshingTest, SweepsGiveHexesOnlyWithTheLayersAsked) {
+    // Sizes that leave the circles an odd number of intervals: paving needs an even boundary.
+    run("create cylinder radius 2 height 5");
+    run("create box 10 10 1");
+    run("create cylinder radius 1 height 3");
+    run("create cylinder radius 1.3 height 3");
+    run("move volume 4 by 3 3 0");
+    run("create cylinder radius 0.7 height 3");
+    run("move volume 5 by -3 2 0");
+    run("subtract volume 3 4 5 from volume 2");
+    run("volume 1 size 0.4");
+    run("volume 2 size 0.37");
+    for (auto [volume, layers] : {std::pair{1, 7}, std::pair{2, 3}}) {
+        // The curves along the sweep are the straight ones parallel to z.
+        std::vector<int> along;
+        for (int c : TarvoInterface::get_relatives("volume", volume, "curve")) {
+            const auto box = TarvoInterface::get_bounding_box("curve", c);
+            if (TarvoInterface::get_curve_type(c) == "Line" && box[2] < 1e-9 && box[5] < 1e-9)
+                along.push_back(c);
+        }
+        ASSERT_FALSE(along.empty());
+        for (int c : along)
+            run("curve " + std::to_string(c) + " interval " + std::to_string(layers));
+        run("mesh volume " + std::to_string(volume));
+        const auto hexes = TarvoInterface::get_volume_hexes(volume);
+        EXPECT_EQ(TarvoInterface::get_volume_element_count(volume), static_cast<int>(hexes.size()))
+            << "volume " << volume << " has elements other than hexes";
+        EXPECT_EQ(hexes.size() % layers, 0u);
+        for (int c : along)
+            EXPECT_EQ(TarvoInterface::get_curve_edges(c).size(), static_cast<size_t>(layers));
+    }
+}
+
 TEST_F(MeshingTest, AutoMeshesAnImportedAssemblyConformingly) {
     const char* dir = std::getenv("TARVO_CAD_DATA");
     const std::string file =

@@ -20,6 +20,7 @@
 #include "mesh/SizingSettings.h"
 #include "mesh/Structured.h"
 #include "tarvo/TIObserve.h"
+#include "tarvo/TarvoInterface.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepTools.hxx>
@@ -33,6 +34,7 @@
 #include <gmsh.h>
 
 #include <algorithm>
+#include <numeric>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -134,7 +136,9 @@ private:
         return m == Method::Sweep ? "sweep" : m == Method::Map ? "map" : "tetmesh";
     }
     bool logical_cube(int volume) const;
-    std::map<int, Method> method;                   // per volume to mesh
+    void make_even(int volume, int source, int target);
+    std::map<int, int> extra;     // curves given more intervals than the sizing asks (make_even)
+    std::map<int, Method> method; // per volume to mesh
     std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
     std::set<int> mapped, paved;                    // surfaces whose volume's method needs quads
     std::map<int, int> linking;                     // linking surface of a sweep -> its volume
@@ -237,6 +241,8 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
                         linking.try_emplace(s, v);
                 if (scheme_of(GeomKind::Surface, source) == Scheme::Default)
                     (m.boundary(2, source).size() == 4 ? mapped : paved).insert(source);
+                if (paved.count(source) || scheme_of(GeomKind::Surface, source) == Scheme::Pave)
+                    make_even(v, source, target);
             } else if (scheme == Scheme::Sweep) {
                 if (why.empty())
                     why = "volume " + std::to_string(v) + " cannot be swept: its target surface " +
@@ -258,6 +264,45 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
     }
     total = static_cast<int>(todo[1].size() + todo[2].size() + todo[3].size() + sweep_pairs.size());
     return true;
+}
+
+// Quads can pave a surface only if its boundary has an even number of intervals. When a swept
+// volume's paved source has an odd number, one source curve and the target curve that a linking
+// band pairs it with get one more interval each (curves without bias or a hard count, and not
+// meshed yet), so that the sweep makes hexes only.
+void MeshRun::make_even(int volume, int source, int target) {
+    const auto intervals = [&](int c) {
+        const auto more = extra.find(c);
+        return curve_plan(c).intervals + (more == extra.end() ? 0 : more->second);
+    };
+    int sum = 0;
+    for (int c : m.boundary(2, source))
+        sum += intervals(c);
+    if (sum % 2 == 0)
+        return;
+    const auto src = m.boundary(2, source), tgt = m.boundary(2, target);
+    const auto free = [&](int c) {
+        return !m.state().meshed({1, c}) && !extra.count(c) &&
+               curve_plan(c).bias == BiasType::None &&
+               TarvoInterface::get_mesh_interval_firmness("curve", c) != "HARD";
+    };
+    for (int band : m.boundary(3, volume)) {
+        if (band == source || band == target)
+            continue;
+        std::vector<int> on_source, on_target;
+        for (int c : m.boundary(2, band)) {
+            if (std::count(src.begin(), src.end(), c))
+                on_source.push_back(c);
+            if (std::count(tgt.begin(), tgt.end(), c))
+                on_target.push_back(c);
+        }
+        if (on_source.size() == 1 && on_target.size() == 1 && free(on_source[0]) &&
+            free(on_target[0]) && intervals(on_source[0]) == intervals(on_target[0])) {
+            extra[on_source[0]] = 1;
+            extra[on_target[0]] = 1;
+            return;
+        }
+    }
 }
 
 // Six faces of four curves each: worth trying to map.
@@ -390,6 +435,11 @@ bool MeshRun::mesh_curves() {
             return fail("curve " + std::to_string(id) + " has no ends to mesh between");
         if (curve_plan(id).from_end)
             std::reverse(lengths.begin(), lengths.end());
+        if (const auto more = extra.find(id); more != extra.end()) {
+            const double length = std::accumulate(lengths.begin(), lengths.end(), 0.0);
+            const size_t count = lengths.size() + static_cast<size_t>(more->second);
+            lengths.assign(count, length / static_cast<double>(count));
+        }
         const double u0 = curve.FirstParameter();
         const double total = GCPnts_AbscissaPoint::Length(curve);
         double sum = 0;

@@ -28,8 +28,8 @@ bool map_volume(const MeshModule& module, int volume_id, NewMesh& out, std::stri
 // Sweeping takes two calls so that every piece refers only to published nodes:
 // 1. find_sweep_pair() picks (or checks the given) source and target surfaces from the geometry
 //    alone, before any surface is meshed: two faces that every other face (a linking surface)
-//    joins, each linking surface four-sided. The mesher then meshes the source as its scheme
-//    says, the linking surfaces as mapped quad grids, and leaves the target unmeshed.
+//    joins. The mesher then meshes the source as its scheme says, the linking surfaces as
+//    structured bands (map_linking_surface below), and leaves the target unmeshed.
 // 2. sweep_target() builds the target surface's mesh: the source mesh carried to the target
 //    and projected onto it; the caller publishes it for the target surface as it is: its new
 //    nodes follow the order of the source's nodes, which step 3 relies on (and checks).
