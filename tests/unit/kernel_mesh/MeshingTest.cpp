@@ -252,6 +252,10 @@ TEST_F(MeshingTest, AMapThatCannotBeSaysWhyAndLeavesNothing) {
     EXPECT_EQ(TarvoInterface::get_node_count(), 0);
     ASSERT_EQ(TarvoInterface::get_mesh_error_count(), 1);
     EXPECT_EQ(TarvoInterface::get_mesh_errors()[0]->error_text, why.substr(7));
+    for (const char* scheme : {"polyhedron", "sphere", "pave"}) {
+        run(std::string("volume 1 scheme ") + scheme);
+        EXPECT_NE(rejected("mesh volume 1").find(scheme), std::string::npos) << scheme;
+    }
     // The same volume meshes once the user lets the kernel choose.
     run("volume 1 scheme auto");
     run("mesh volume 1");

@@ -219,6 +219,20 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
         const Scheme scheme = scheme_of(GeomKind::Volume, v);
         const bool automatic = scheme == Scheme::Default || scheme == Scheme::Auto;
         std::string why;
+        current = {3, v};
+        switch (scheme) {
+        case Scheme::Polyhedron:
+        case Scheme::Sphere:
+            return fail("volume " + std::to_string(v) + ": the " + scheme_word(scheme) +
+                        " scheme is not available in this kernel (Gmsh 4.8 has no such mesher); "
+                        "use sweep, map, tetmesh or auto");
+        case Scheme::Pave:
+        case Scheme::Trimesh:
+            return fail("volume " + std::to_string(v) + ": " + scheme_word(scheme) +
+                        " is a surface scheme; use sweep, map, tetmesh or auto");
+        default:
+            break;
+        }
         if (scheme == Scheme::Sweep || automatic) {
             int source = 0, target = 0;
             sweep_surfaces(v, source, target);
@@ -250,7 +264,9 @@ bool MeshRun::plan(const std::vector<EntityKey>& list) {
                 return fail(why);
             }
         }
-        if (!method.count(v) && (scheme == Scheme::Map || (automatic && logical_cube(v)))) {
+        // Submap is honoured as map: the mapper takes logical cubes only.
+        if (!method.count(v) &&
+            (scheme == Scheme::Map || scheme == Scheme::Submap || (automatic && logical_cube(v)))) {
             method[v] = Method::Map;
             for (int s : m.boundary(3, v))
                 mapped.insert(s);
@@ -506,7 +522,7 @@ bool MeshRun::opposite_sides_match(int id) const {
 std::string MeshRun::surface_method(int id) {
     const Scheme scheme = scheme_of(GeomKind::Surface, id);
     const size_t sides = m.boundary(2, id).size();
-    const bool map = scheme == Scheme::Map || mapped.count(id) ||
+    const bool map = scheme == Scheme::Map || scheme == Scheme::Submap || mapped.count(id) ||
                      (scheme == Scheme::Default && sides == 4 && !paved.count(id) &&
                       !triangulated.count(id) && opposite_sides_match(id));
     if (map && sides != 4) {
