@@ -9,7 +9,7 @@ packages=(
   liblz4-dev
   libgmsh-dev libtbb-dev libocct-data-exchange-dev libocct-modeling-algorithms-dev libocct-foundation-dev
   libexodusii-dev libnetcdf-dev
-  libvtk9-dev
+  libvtk9-dev libegl-dev libegl-mesa0 libgl1-mesa-dri
   libgtest-dev libgmock-dev
   python3 python3-websockets python3-pytest
 )
