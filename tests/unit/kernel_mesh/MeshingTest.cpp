@@ -263,6 +263,38 @@ TEST_F(MeshingTest, AMapThatCannotBeSaysWhyAndLeavesNothing) {
     EXPECT_TRUE(TarvoInterface::is_meshed("volume", 1));
 }
 
+TEST_F(MeshingTest, RefineHalvesEveryIntervalAndKeepsNeighboursConforming) {
+    run("create box 4");
+    run("volume 1 interval 4");
+    run("mesh volume 1");
+    ASSERT_EQ(TarvoInterface::get_hex_count(), 64);
+    run("refine volume 1");
+    EXPECT_EQ(TarvoInterface::get_hex_count(), 512);
+    EXPECT_EQ(TarvoInterface::get_node_count(), 9 * 9 * 9);
+    for (int c : TarvoInterface::get_entities("curve"))
+        EXPECT_EQ(TarvoInterface::get_mesh_intervals("curve", c), 8);
+    run("undo");
+    EXPECT_EQ(TarvoInterface::get_hex_count(), 64);
+
+    // A neighbour meshed on a shared surface must be refined with it.
+    run("create box 4");
+    run("move volume 2 by 4 0 0");
+    run("merge all");
+    run("volume all interval 4");
+    run("volume 2 scheme tetmesh");
+    run("mesh volume all");
+    EXPECT_NE(rejected("refine volume 1").find("volume 2"), std::string::npos);
+    const int tets = TarvoInterface::get_tet_count();
+    run("refine volume 1 2");
+    EXPECT_GT(TarvoInterface::get_tet_count(), 4 * tets);
+    // Pyramids on the hexes' quads, tets behind them: together they fill the box.
+    EXPECT_GT(TarvoInterface::get_pyramid_count(), 0);
+    const auto volumes = tet_volumes(2);
+    EXPECT_GT(*std::min_element(volumes.begin(), volumes.end()), 0.0);
+    EXPECT_NEAR(TarvoInterface::get_meshed_volume_or_area("volume", {2}), 64.0, 1e-9);
+    EXPECT_EQ(TarvoInterface::get_hex_count(), 512);
+}
+
 TEST_F(MeshingTest, MeshQueriesAnswerFromTheDatabase) {
     run("create box 2");
     run("surface 1 size 1");

@@ -176,7 +176,7 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
     const struct {
         std::string line, planned, topic;
     } cases[] = {
-        {"refin vol 1", "refine", "refine"},
+        {"bloc 1 add vol 1", "block", "block"},
         {"export mesh 'a.e'", "export mesh", "export mesh"},
         {"nodeset 1 add volume 1", "nodeset", "nodeset"},
         {"create force on surface 1", "create force", "create force"},
@@ -189,7 +189,7 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
         EXPECT_NE(tarvo::kernel::help_text(c.topic).find(c.planned), std::string::npos);
     }
     // A journal that starts with a planned command is a journal: it fails at that line.
-    write_file("plan.jou", "refine volume 1\n");
+    write_file("plan.jou", "nodeset 1 add volume 1\n");
     EXPECT_NE(rejected("playback 'plan.jou'").find("not built"), std::string::npos);
 }
 

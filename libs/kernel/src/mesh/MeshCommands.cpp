@@ -49,10 +49,12 @@ bool delete_mesh_command(Cursor& c) {
 
 void register_quality_commands();
 void register_smooth_commands();
+void register_refine_commands();
 
 void register_mesh_commands() {
     register_quality_commands();
     register_smooth_commands();
+    register_refine_commands();
     register_command({"mesh", mesh_command, true, "mesh <list>"});
     register_command({"delete mesh", delete_mesh_command, true, "delete mesh <list> [propagate]"});
 }

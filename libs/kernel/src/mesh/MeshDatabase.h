@@ -99,6 +99,8 @@ public:
 
     // Id ranges for a piece under construction.
     int reserve_nodes(int count);
+    // The id the next reserved node will get: no node has it or a higher one.
+    int next_node_id() const { return next_node_; }
     int reserve_elements(ElemKind kind, int count);
 
     std::optional<NodeRef> find_node(int id) const;

@@ -40,6 +40,9 @@ public:
     // parts of their boundaries. Reports progress per entity and stops between entities when
     // interrupted (the session then rolls the whole command back).
     bool mesh(const std::vector<EntityKey>& list);
+    // Meshes the listed surfaces and volumes again with every interval of their curves halved
+    // and half their element sizes. Refused when a mesh outside the list uses their boundary.
+    bool refine(const std::vector<EntityKey>& list);
     // Deletes the meshes of the listed entities and of everything built on them; with
     // `propagate` also the meshes of their boundaries that nothing else meshed uses.
     bool delete_mesh(const std::vector<EntityKey>& list, bool propagate);

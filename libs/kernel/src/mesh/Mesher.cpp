@@ -16,6 +16,7 @@
 #include "geometry/GeometryGmsh.h"
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
+#include "mesh/MeshRun.h"
 #include "mesh/Sizing.h"
 #include "mesh/SizingSettings.h"
 #include "mesh/Structured.h"
@@ -23,6 +24,7 @@
 #include "tarvo/TarvoInterface.h"
 
 #include <BRepAdaptor_Curve.hxx>
+#include <BRepClass3d_SolidClassifier.hxx>
 #include <BRepTools.hxx>
 #include <BRepTools_WireExplorer.hxx>
 #include <BRep_Tool.hxx>
@@ -42,10 +44,6 @@
 namespace tarvo::kernel::mesh {
 
 namespace {
-
-GeometryModel& model() {
-    return geometry_module()->model();
-}
 
 // Gmsh element type numbers.
 constexpr int kGmshPoint = 15, kGmshLine = 1, kGmshTri = 2, kGmshQuad = 3, kGmshTet = 4,
@@ -99,61 +97,6 @@ std::string describe(const MeshPiece& p) {
     return text.empty() ? "no elements" : text;
 }
 
-// One mesh command's work: the plan of what to mesh, the Gmsh session, the new pieces.
-class MeshRun {
-public:
-    explicit MeshRun(MeshModule& module) : m(module) {}
-
-    bool run(const std::vector<EntityKey>& list);
-
-private:
-    bool plan(const std::vector<EntityKey>& list);
-    // Prints the error and records it against the entity being meshed (get_mesh_errors).
-    bool fail(const std::string& text) {
-        m.add_mesh_error(owner_word(current.dim), current.id, text);
-        return error(text);
-    }
-    bool mesh_vertices();
-    bool start_gmsh();
-    bool give_back_curves();
-    bool mesh_curves();
-    bool mesh_degenerate_curves();
-    std::string surface_method(int id);
-    bool opposite_sides_match(int id) const;
-    bool mesh_surfaces(const std::vector<int>& ids);
-    bool mesh_volume(int id);
-    bool mesh_volume_tets(int id, NewMesh& out);
-    bool read_gmsh_piece(int dim, int tag, NewMesh& out, bool with_params);
-    void set_visible(const std::vector<std::pair<int, int>>& keep);
-    std::pair<int, int> tag_of(int dim, int id) const;
-    void done(Owner owner, const MeshPiece& piece);
-
-    MeshModule& m;
-    std::array<std::vector<int>, 4> todo; // unmeshed entities per dimension, ascending
-    std::set<Owner> listed;               // what the user named (reported one line each)
-    enum class Method { Sweep, Map, Tets };
-    static const char* method_word(Method m) {
-        return m == Method::Sweep ? "sweep" : m == Method::Map ? "map" : "tetmesh";
-    }
-    bool logical_cube(int volume) const;
-    void make_even(int volume, int source, int target);
-    std::map<int, int> extra;     // curves given more intervals than the sizing asks (make_even)
-    std::map<int, Method> method; // per volume to mesh
-    std::map<int, std::pair<int, int>> sweep_pairs; // volume -> (source, target)
-    std::set<int> mapped, paved;                    // surfaces whose volume's method needs quads
-    std::map<int, int> linking;                     // linking surface of a sweep -> its volume
-    std::set<int> claimed;                          // surfaces that a sweep of this run makes
-    std::set<int> triangulated;                     // surfaces of tet volumes
-    GmshMap gmap;
-    std::string geo_model;
-    // Gmsh node tag -> node id, for nodes that Gmsh made in this run (given nodes keep their id
-    // as their tag).
-    std::unordered_map<std::size_t, int> node_of_tag;
-    int total = 0, finished = 0;
-    Owner current; // the entity being meshed, for error records
-    std::unique_ptr<Progress> progress;
-};
-
 // Gmsh's meshers report errors by throwing std::string from inside OpenMP parallel regions, where
 // a throw ends the process whatever the thread count. While they run, Gmsh only logs errors; the
 // first error it logged comes back in `failure` (empty when it logged none).
@@ -178,154 +121,11 @@ void generate(int dim, std::string& failure) {
             failure = log[i].substr(std::min(log[i].size(), size_t{7}));
 }
 
+} // namespace
+
 std::pair<int, int> MeshRun::tag_of(int dim, int id) const {
     const auto it = gmap.to_gmsh.find({kind_of_dim(dim), id});
     return it == gmap.to_gmsh.end() ? std::pair{-1, -1} : it->second;
-}
-
-bool MeshRun::plan(const std::vector<EntityKey>& list) {
-    std::set<Owner> wanted;
-    for (const EntityKey& key : list) {
-        if (key.kind == GeomKind::Body) {
-            for (int v : model().relatives(GeomKind::Body, key.id, GeomKind::Volume)) {
-                wanted.insert({3, v});
-                listed.insert({3, v});
-            }
-            continue;
-        }
-        const int dim = dim_of_kind(key.kind);
-        wanted.insert({dim, key.id});
-        listed.insert({dim, key.id});
-    }
-    std::set<Owner> closure;
-    std::vector<Owner> stack(wanted.begin(), wanted.end());
-    while (!stack.empty()) {
-        const Owner o = stack.back();
-        stack.pop_back();
-        if (!closure.insert(o).second)
-            continue;
-        for (int b : m.boundary(o.dim, o.id))
-            stack.push_back({o.dim - 1, b});
-    }
-    for (const Owner& o : closure)
-        if (!m.state().meshed(o))
-            todo[o.dim].push_back(o.id);
-    for (auto& ids : todo)
-        std::sort(ids.begin(), ids.end());
-
-    // Each volume's method, chosen before any surface is meshed: it decides how its surfaces are
-    // meshed (a swept volume's target is made by the sweep, not by the surface mesher).
-    for (int v : todo[3]) {
-        const Scheme scheme = scheme_of(GeomKind::Volume, v);
-        const bool automatic = scheme == Scheme::Default || scheme == Scheme::Auto;
-        std::string why;
-        current = {3, v};
-        switch (scheme) {
-        case Scheme::Polyhedron:
-        case Scheme::Sphere:
-            return fail("volume " + std::to_string(v) + ": the " + scheme_word(scheme) +
-                        " scheme is not available in this kernel (Gmsh 4.8 has no such mesher); "
-                        "use sweep, map, tetmesh or auto");
-        case Scheme::Pave:
-        case Scheme::Trimesh:
-            return fail("volume " + std::to_string(v) + ": " + scheme_word(scheme) +
-                        " is a surface scheme; use sweep, map, tetmesh or auto");
-        default:
-            break;
-        }
-        if (scheme == Scheme::Sweep || automatic) {
-            int source = 0, target = 0;
-            sweep_surfaces(v, source, target);
-            bool found = find_sweep_pair(m, v, source, target, why);
-            // Two sweeps toward one shared surface cannot both make it: sweep away from it.
-            if (found && claimed.count(target)) {
-                const int shared = target;
-                source = shared;
-                target = 0;
-                found = find_sweep_pair(m, v, source, target, why);
-            }
-            if (found && !m.state().meshed({2, target}) && !claimed.count(target) &&
-                linking_surfaces_fit(m, v, source, target, why)) {
-                claimed.insert(target);
-                method[v] = Method::Sweep;
-                sweep_pairs[v] = {source, target};
-                std::erase(todo[2], target);
-                for (int s : m.boundary(3, v))
-                    if (s != source && s != target)
-                        linking.try_emplace(s, v);
-                if (scheme_of(GeomKind::Surface, source) == Scheme::Default)
-                    (m.boundary(2, source).size() == 4 ? mapped : paved).insert(source);
-                if (paved.count(source) || scheme_of(GeomKind::Surface, source) == Scheme::Pave)
-                    make_even(v, source, target);
-            } else if (scheme == Scheme::Sweep) {
-                if (why.empty())
-                    why = "volume " + std::to_string(v) + " cannot be swept: its target surface " +
-                          std::to_string(target) + " is meshed already";
-                return fail(why);
-            }
-        }
-        // Submap is honoured as map: the mapper takes logical cubes only.
-        if (!method.count(v) &&
-            (scheme == Scheme::Map || scheme == Scheme::Submap || (automatic && logical_cube(v)))) {
-            method[v] = Method::Map;
-            for (int s : m.boundary(3, v))
-                mapped.insert(s);
-        }
-        if (!method.count(v)) {
-            method[v] = Method::Tets;
-            // Triangles under tets: quads there would need pyramids.
-            for (int s : m.boundary(3, v))
-                triangulated.insert(s);
-        }
-    }
-    total = static_cast<int>(todo[1].size() + todo[2].size() + todo[3].size() + sweep_pairs.size());
-    return true;
-}
-
-// Quads can pave a surface only if its boundary has an even number of intervals. When a swept
-// volume's paved source has an odd number, one source curve and the target curve that a linking
-// band pairs it with get one more interval each (curves without bias or a hard count, and not
-// meshed yet), so that the sweep makes hexes only.
-void MeshRun::make_even(int volume, int source, int target) {
-    const auto intervals = [&](int c) {
-        const auto more = extra.find(c);
-        return curve_plan(c).intervals + (more == extra.end() ? 0 : more->second);
-    };
-    int sum = 0;
-    for (int c : m.boundary(2, source))
-        sum += intervals(c);
-    if (sum % 2 == 0)
-        return;
-    const auto src = m.boundary(2, source), tgt = m.boundary(2, target);
-    const auto free = [&](int c) {
-        return !m.state().meshed({1, c}) && !extra.count(c) &&
-               curve_plan(c).bias == BiasType::None &&
-               TarvoInterface::get_mesh_interval_firmness("curve", c) != "HARD";
-    };
-    for (int band : m.boundary(3, volume)) {
-        if (band == source || band == target)
-            continue;
-        std::vector<int> on_source, on_target;
-        for (int c : m.boundary(2, band)) {
-            if (std::count(src.begin(), src.end(), c))
-                on_source.push_back(c);
-            if (std::count(tgt.begin(), tgt.end(), c))
-                on_target.push_back(c);
-        }
-        if (on_source.size() == 1 && on_target.size() == 1 && free(on_source[0]) &&
-            free(on_target[0]) && intervals(on_source[0]) == intervals(on_target[0])) {
-            extra[on_source[0]] = 1;
-            extra[on_target[0]] = 1;
-            return;
-        }
-    }
-}
-
-// Six faces of four curves each: worth trying to map.
-bool MeshRun::logical_cube(int volume) const {
-    const auto faces = m.boundary(3, volume);
-    return faces.size() == 6 && std::all_of(faces.begin(), faces.end(),
-                                            [&](int f) { return m.boundary(2, f).size() == 4; });
 }
 
 bool MeshRun::mesh_vertices() {
@@ -451,7 +251,9 @@ bool MeshRun::mesh_curves() {
             return fail("curve " + std::to_string(id) + " has no ends to mesh between");
         if (curve_plan(id).from_end)
             std::reverse(lengths.begin(), lengths.end());
-        if (const auto more = extra.find(id); more != extra.end()) {
+        if (const auto given = options.curve_lengths.find(id); given != options.curve_lengths.end())
+            lengths = given->second;
+        else if (const auto more = extra.find(id); more != extra.end()) {
             const double length = std::accumulate(lengths.begin(), lengths.end(), 0.0);
             const size_t count = lengths.size() + static_cast<size_t>(more->second);
             lengths.assign(count, length / static_cast<double>(count));
@@ -504,37 +306,6 @@ bool MeshRun::mesh_degenerate_curves() {
     return true;
 }
 
-// Whether the four curves of a surface, taken around it, have equal interval counts on opposite
-// sides: what a mapped grid needs.
-bool MeshRun::opposite_sides_match(int id) const {
-    const TopoDS_Face face = TopoDS::Face(model().shape(GeomKind::Surface, id));
-    std::vector<int> counts;
-    for (BRepTools_WireExplorer e(BRepTools::OuterWire(face), face); e.More(); e.Next()) {
-        const int curve = model().id_of(GeomKind::Curve, e.Current());
-        if (curve <= 0)
-            return false;
-        counts.push_back(curve_plan(curve).intervals);
-    }
-    return counts.size() == 4 && counts[0] == counts[2] && counts[1] == counts[3];
-}
-
-// How a surface is meshed ("map", "pave", "trimesh"), or "" with an error printed.
-std::string MeshRun::surface_method(int id) {
-    const Scheme scheme = scheme_of(GeomKind::Surface, id);
-    const size_t sides = m.boundary(2, id).size();
-    const bool map = scheme == Scheme::Map || scheme == Scheme::Submap || mapped.count(id) ||
-                     (scheme == Scheme::Default && sides == 4 && !paved.count(id) &&
-                      !triangulated.count(id) && opposite_sides_match(id));
-    if (map && sides != 4) {
-        fail("surface " + std::to_string(id) + " cannot be mapped: it has " +
-             std::to_string(sides) + " curves, not four");
-        return {};
-    }
-    if (map)
-        return "map";
-    return scheme == Scheme::Pave || paved.count(id) ? "pave" : "trimesh";
-}
-
 // Surfaces of one target size are meshed by one generate(2) (each call costs a pass over the
 // whole model), then read back one by one; the interrupt is tested between batches.
 bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
@@ -549,7 +320,7 @@ bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
         how[id] = surface_method(id);
         if (how[id].empty())
             return false;
-        by_size[target_size(GeomKind::Surface, id)].push_back(id);
+        by_size[size_of(GeomKind::Surface, id)].push_back(id);
     }
     // A sweep's linking surfaces are structured bands of our own, not Gmsh's.
     for (int id : ids) {
@@ -605,35 +376,111 @@ bool MeshRun::mesh_surfaces(const std::vector<int>& ids) {
 
 // Tets from the stored boundary: a discrete model whose surfaces hold exactly the boundary's
 // triangles and quads (node tags are our ids), so the volume mesh uses them node for node.
+// A pyramid on each boundary quad, its apex inside the volume at half the quad's mean side from
+// the quad's centre: the tets then meet four triangles. (Gmsh 4.8 can make these pyramids itself,
+// but its relocation of their apexes aborts the process on an Eigen assertion now and then.)
+// The apexes are new nodes of the volume (`out`); their Gmsh tags lie above every node id.
+void MeshRun::add_pyramids(int volume, const ElemBlock& quads, NewMesh& out,
+                           std::vector<std::size_t>& apex_tags, std::vector<double>& apex_xyz,
+                           std::vector<std::size_t>& skin) {
+    BRepClass3d_SolidClassifier inside(model().shape(GeomKind::Volume, volume));
+    for (int e = 0; e < quads.count(); ++e) {
+        const int* q = quads.conn.data() + 4 * e;
+        gp_Pnt p[4];
+        gp_XYZ centre(0, 0, 0);
+        double side = 0;
+        for (int k = 0; k < 4; ++k) {
+            const Point3 x = *m.state().node_position(q[k]);
+            p[k] = gp_Pnt(x[0], x[1], x[2]);
+            centre += p[k].XYZ() / 4;
+        }
+        for (int k = 0; k < 4; ++k)
+            side += p[k].Distance(p[(k + 1) % 4]) / 4;
+        gp_Vec normal = gp_Vec(p[0], p[2]).Crossed(gp_Vec(p[1], p[3]));
+        if (normal.Magnitude() <= 0)
+            continue;
+        normal.Normalize();
+        inside.Perform(gp_Pnt(centre + normal.XYZ() * side * 0.25), 1e-7);
+        const bool along = inside.State() == TopAbs_IN;
+        const gp_XYZ apex = centre + normal.XYZ() * (along ? 0.5 : -0.5) * side;
+        const int local = static_cast<int>(out.nodes.size());
+        out.nodes.push_back({apex.X(), apex.Y(), apex.Z()});
+        const std::size_t tag =
+            static_cast<std::size_t>(m.state().next_node_id()) + apex_tags.size();
+        apex_tags.push_back(tag);
+        apex_xyz.insert(apex_xyz.end(), {apex.X(), apex.Y(), apex.Z()});
+        node_of_tag[tag] = NewMesh::local(local);
+        // Exodus order: the apex on the side the base's winding points to.
+        auto& pyramid = out.block(ElemKind::Pyramid).conn;
+        if (along)
+            pyramid.insert(pyramid.end(), {q[0], q[1], q[2], q[3], NewMesh::local(local)});
+        else
+            pyramid.insert(pyramid.end(), {q[3], q[2], q[1], q[0], NewMesh::local(local)});
+        for (int k = 0; k < 4; ++k)
+            skin.insert(skin.end(), {static_cast<std::size_t>(q[k]),
+                                     static_cast<std::size_t>(q[(k + 1) % 4]), tag});
+    }
+}
+
 bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
     gmsh::model::add("tarvo-volume");
     std::set<int> placed;
     std::vector<int> surfaces;
-    int tag = 0;
+    std::vector<std::size_t> apex_tags, skin_tris;
+    std::vector<double> apex_xyz;
+    node_of_tag.clear();
+    // One discrete surface per boundary surface with triangles, one more for the pyramids' sides;
+    // each node on the first of them that uses it.
+    struct Skin {
+        std::vector<std::size_t> tris, nodes;
+        std::vector<double> xyz;
+    };
+    std::vector<Skin> skins;
+    const auto place = [&](Skin& skin, std::size_t n, const Point3& p) {
+        if (placed.insert(static_cast<int>(n)).second) {
+            skin.nodes.push_back(n);
+            skin.xyz.insert(skin.xyz.end(), p.begin(), p.end());
+        }
+    };
     for (int s : m.boundary(3, id)) {
         const MeshPiece* piece = m.state().piece({2, s});
         if (!piece)
             return fail("surface " + std::to_string(s) + " has no mesh");
-        gmsh::model::addDiscreteEntity(2, ++tag);
-        surfaces.push_back(tag);
-        std::vector<std::size_t> nodes;
-        std::vector<double> xyz;
-        for (const ElemBlock& b : piece->blocks)
-            for (int n : b.conn)
-                if (placed.insert(n).second) {
-                    nodes.push_back(static_cast<std::size_t>(n));
-                    const Point3 p = *m.state().node_position(n);
-                    xyz.insert(xyz.end(), p.begin(), p.end());
-                }
-        gmsh::model::mesh::addNodes(2, tag, nodes, xyz);
+        Skin skin;
         for (const ElemBlock& b : piece->blocks) {
-            std::vector<std::size_t> conn(b.conn.begin(), b.conn.end());
-            gmsh::model::mesh::addElementsByType(tag, gmsh_type_of(b.kind), {}, conn);
+            if (b.kind == ElemKind::Quad) {
+                add_pyramids(id, b, out, apex_tags, apex_xyz, skin_tris);
+                continue;
+            }
+            for (int n : b.conn) {
+                skin.tris.push_back(static_cast<std::size_t>(n));
+                place(skin, static_cast<std::size_t>(n), *m.state().node_position(n));
+            }
         }
+        if (!skin.tris.empty())
+            skins.push_back(std::move(skin));
+    }
+    if (!skin_tris.empty()) {
+        Skin sides;
+        sides.tris = skin_tris;
+        for (std::size_t n : skin_tris) {
+            if (n >= static_cast<std::size_t>(m.state().next_node_id()))
+                continue;
+            place(sides, n, *m.state().node_position(static_cast<int>(n)));
+        }
+        sides.nodes.insert(sides.nodes.end(), apex_tags.begin(), apex_tags.end());
+        sides.xyz.insert(sides.xyz.end(), apex_xyz.begin(), apex_xyz.end());
+        skins.push_back(std::move(sides));
+    }
+    for (const Skin& skin : skins) {
+        const int tag = gmsh::model::addDiscreteEntity(2);
+        surfaces.push_back(tag);
+        gmsh::model::mesh::addNodes(2, tag, skin.nodes, skin.xyz);
+        gmsh::model::mesh::addElementsByType(tag, kGmshTri, {}, skin.tris);
     }
     const int volume = gmsh::model::addDiscreteEntity(3, -1, surfaces);
     gmsh::model::mesh::createGeometry({{3, volume}});
-    const double size = target_size(GeomKind::Volume, id);
+    const double size = size_of(GeomKind::Volume, id);
     gmsh::option::setNumber("Mesh.MeshSizeMax", size);
     // Growth: the size may rise from the boundary's by (growth - 1) per unit of distance, up to
     // growth^3 times it (a background field over the distance to the boundary triangles).
@@ -659,11 +506,8 @@ bool MeshRun::mesh_volume_tets(int id, NewMesh& out) {
         gmsh::model::setCurrent(geo_model);
         return fail("Gmsh could not mesh volume " + std::to_string(id) + ": " + failure);
     }
-    // In this model every given node's tag is its id; the tags of the geometry model's run mean
-    // nothing here.
-    const auto geometry_tags = std::exchange(node_of_tag, {});
+    // In this model every given node's tag is its id, apexes aside (node_of_tag holds them).
     const bool ok = read_gmsh_piece(3, volume, out, false);
-    node_of_tag = geometry_tags;
     gmsh::model::remove();
     gmsh::model::setCurrent(geo_model);
     if (!ok)
@@ -751,8 +595,6 @@ bool MeshRun::run(const std::vector<EntityKey>& list) {
                   describe(*p) + " (" + p->scheme + ")");
     return true;
 }
-
-} // namespace
 
 bool MeshModule::mesh(const std::vector<EntityKey>& list) {
     errors_.clear();

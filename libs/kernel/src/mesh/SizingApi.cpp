@@ -12,6 +12,7 @@
 
 #include "core/Guard.h"
 #include "geometry/GeometryModule.h"
+#include "mesh/MeshModule.h"
 #include "mesh/SizingSettings.h"
 #include "tarvo/TarvoInterface.h"
 
@@ -119,7 +120,13 @@ namespace TarvoInterface {
 
 // ---- Sizes and intervals ------------------------------------------------------------------------
 
+// A meshed curve answers the edges it has (the mesher may have added one so a surface could be
+// paved); anything else the interval count the sizing resolves.
 int get_mesh_intervals(const std::string& geometry_type, int entity_id) {
+    if (tk::parse_kind(geometry_type) == GeomKind::Curve)
+        if (const auto* m = tarvo::kernel::mesh::mesh_module())
+            if (const auto* piece = m->state().piece({1, entity_id}))
+                return piece->count(tarvo::kernel::mesh::ElemKind::Edge);
     return on_resolved("get_mesh_intervals", geometry_type, entity_id, false, 0,
                        [](const ms::Resolved& r) { return r.intervals; });
 }
