@@ -203,6 +203,52 @@ TEST_F(MeshingTest, AutoMeshesAnImportedAssemblyConformingly) {
         EXPECT_TRUE(places.insert(key(node(n))).second) << "two nodes at the place of " << n;
 }
 
+// Node ids used by the elements a volume owns.
+std::set<int> nodes_used(int volume) {
+    std::set<int> out;
+    for (const char* kind : {"tet", "hex", "wedge", "pyramid"})
+        for (int e : TarvoInterface::parse_tarvo_list(kind, "in volume " + std::to_string(volume)))
+            for (int n : TarvoInterface::get_connectivity(kind, e))
+                out.insert(n);
+    return out;
+}
+
+TEST_F(MeshingTest, TetsAndHexesMeshedApartThenAThirdVolumeMergedToBoth) {
+    run("create box 2");
+    run("create box 2");
+    run("move volume 2 by 2 0 0");
+    run("merge all");
+    run("volume all size 0.5");
+    run("volume 1 scheme tetmesh");
+    // Hexes first: tets then meet their quads through pyramids (the other way round, the shared
+    // face would carry triangles, and the hexes would have to be wedges).
+    run("mesh volume 2");
+    run("mesh volume 1");
+    ASSERT_GT(TarvoInterface::get_tet_count(), 0);
+    ASSERT_GT(TarvoInterface::get_hex_count(), 0);
+    run("create box 4 2 2");
+    run("move volume 3 by 1 2 0");
+    run("imprint all");
+    run("merge all");
+    run("mesh volume all");
+    std::set<std::array<long long, 3>> places;
+    for (int n : TarvoInterface::parse_tarvo_list("node", "all"))
+        EXPECT_TRUE(places.insert(key(node(n))).second) << "two nodes at the place of " << n;
+    int shared = 0;
+    for (int s : TarvoInterface::get_entities("surface")) {
+        const auto volumes = TarvoInterface::get_relatives("surface", s, "volume");
+        if (volumes.size() != 2)
+            continue;
+        ++shared;
+        const auto a = nodes_used(volumes[0]), b = nodes_used(volumes[1]);
+        for (int n : TarvoInterface::get_surface_nodes(s)) {
+            EXPECT_TRUE(a.count(n)) << "surface " << s << " node " << n;
+            EXPECT_TRUE(b.count(n)) << "surface " << s << " node " << n;
+        }
+    }
+    EXPECT_GE(shared, 3);
+}
+
 TEST_F(MeshingTest, UndoDeleteAndGeometryChangesTakeTheMeshAway) {
     run("create box 4");
     run("volume 1 size 1");
