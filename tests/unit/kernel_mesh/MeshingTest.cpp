@@ -341,6 +341,38 @@ TEST_F(MeshingTest, RefineHalvesEveryIntervalAndKeepsNeighboursConforming) {
     EXPECT_EQ(TarvoInterface::get_hex_count(), 512);
 }
 
+TEST_F(MeshingTest, SubElementsAndHexSheetsOfABlock) {
+    run("create box 4");
+    run("volume 1 interval 4");
+    run("mesh volume 1");
+    // The hex at the corner (-2, -2, -2) has three sides on surfaces and three edges on curves.
+    const int corner = TarvoInterface::get_closest_node(-2, -2, -2);
+    int hex = 0;
+    for (int h : TarvoInterface::get_volume_hexes(1)) {
+        const auto c = TarvoInterface::get_connectivity("hex", h);
+        if (std::find(c.begin(), c.end(), corner) != c.end())
+            hex = h;
+    }
+    ASSERT_GT(hex, 0);
+    EXPECT_EQ(TarvoInterface::get_sub_elements("hex", hex, 0),
+              TarvoInterface::get_connectivity("hex", hex));
+    EXPECT_EQ(TarvoInterface::get_sub_elements("hex", hex, 1).size(), 3u);
+    const auto sides = TarvoInterface::get_sub_elements("hex", hex, 2);
+    ASSERT_EQ(sides.size(), 3u);
+    for (int q : sides)
+        EXPECT_EQ(TarvoInterface::get_geometry_owner("quad", q).rfind("surface ", 0), 0u);
+    EXPECT_TRUE(TarvoInterface::get_sub_elements("hex", hex, 3).empty());
+
+    // The sheet through an edge along x is the 4 x 4 layer of hexes across x.
+    const int next = TarvoInterface::get_closest_node(-1, -2, -2);
+    const auto sheet = TarvoInterface::get_hex_sheet(corner, next);
+    EXPECT_EQ(sheet.size(), 16u);
+    for (int h : sheet)
+        for (int n : TarvoInterface::get_connectivity("hex", h))
+            EXPECT_LE(node(n)[0], -1 + 1e-9) << "hex " << h << " is not in the first layer";
+    EXPECT_TRUE(TarvoInterface::get_hex_sheet(corner, corner).empty());
+}
+
 TEST_F(MeshingTest, MeshQueriesAnswerFromTheDatabase) {
     run("create box 2");
     run("surface 1 size 1");

@@ -29,32 +29,6 @@ namespace {
 
 constexpr int kSweeps = 5;
 
-// Corner pairs along the edges of each kind, in Exodus order.
-const std::vector<std::pair<int, int>>& edges_of(ElemKind kind) {
-    static const std::vector<std::pair<int, int>> tri{{0, 1}, {1, 2}, {2, 0}},
-        quad{{0, 1}, {1, 2}, {2, 3}, {3, 0}}, tet{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}},
-        hex{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
-            {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}},
-        wedge{{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}},
-        pyramid{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}}, none;
-    switch (kind) {
-    case ElemKind::Tri:
-        return tri;
-    case ElemKind::Quad:
-        return quad;
-    case ElemKind::Tet:
-        return tet;
-    case ElemKind::Hex:
-        return hex;
-    case ElemKind::Wedge:
-        return wedge;
-    case ElemKind::Pyramid:
-        return pyramid;
-    default:
-        return none;
-    }
-}
-
 class Smoother {
 public:
     // `above`: meshed volumes that a smoothed surface bounds; their elements at a moved node are
@@ -71,7 +45,7 @@ public:
             const int n = info(b.kind).nodes;
             for (int e = 0; e < b.count(); ++e) {
                 const int* c = b.conn.data() + e * n;
-                for (const auto& [i, j] : edges_of(b.kind)) {
+                for (const auto& [i, j] : topology(b.kind).edges) {
                     neighbours[c[i]].insert(c[j]);
                     neighbours[c[j]].insert(c[i]);
                 }

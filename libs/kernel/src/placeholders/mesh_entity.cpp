@@ -10,7 +10,6 @@
 namespace TarvoInterface {
 
 STUB_ID(get_exodus_id, (const std::string&, int))
-STUB(get_sub_elements, (const std::string&, int, int), std::vector<int>)
 STUB(get_element_exists, (int), bool)
 STUB(get_element_type, (int), std::string)
 STUB_ID(get_element_type_id, (int))
