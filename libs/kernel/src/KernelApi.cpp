@@ -28,6 +28,8 @@ void shutdown_view_module();
 void init_listing_module();
 void init_mesh_module();
 void shutdown_mesh_module();
+void init_fe_module();
+void shutdown_fe_module();
 
 } // namespace tarvo::kernel
 
@@ -40,9 +42,11 @@ void init_modules() {
     init_view_module();
     init_listing_module();
     init_mesh_module();
+    init_fe_module();
 }
 
 void shutdown_modules() {
+    shutdown_fe_module();
     shutdown_mesh_module();
     shutdown_view_module();
     shutdown_geometry_module();

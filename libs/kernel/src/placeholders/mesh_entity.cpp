@@ -10,19 +10,8 @@
 namespace TarvoInterface {
 
 STUB_ID(get_exodus_id, (const std::string&, int))
-STUB(get_element_exists, (int), bool)
 STUB(get_element_type, (int), std::string)
 STUB_ID(get_element_type_id, (int))
-STUB_ID(get_element_block, (int))
-STUB_ID(get_global_element_id, (const std::string&, int))
-STUB_ID(get_hex_global_element_id, (int))
-STUB_ID(get_tet_global_element_id, (int))
-STUB_ID(get_wedge_global_element_id, (int))
-STUB_ID(get_pyramid_global_element_id, (int))
-STUB_ID(get_tri_global_element_id, (int))
-STUB_ID(get_quad_global_element_id, (int))
-STUB_ID(get_edge_global_element_id, (int))
-STUB_ID(get_sphere_global_element_id, (int))
 STUB_ID(get_node_global_id, (int))
 STUB(get_submap_corner_types, (int), std::vector<std::pair<int, int>>)
 

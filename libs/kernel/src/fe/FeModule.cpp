@@ -1,0 +1,654 @@
+#include "fe/FeModule.h"
+
+#include "core/EntityList.h"
+#include "core/Session.h"
+#include "core/Valfold.h"
+#include "geometry/GeometryModule.h"
+#include "mesh/MeshModule.h"
+#include "tarvo/TIObserve.h"
+
+#include <algorithm>
+#include <set>
+
+namespace tarvo::kernel::fe {
+
+namespace {
+
+std::unique_ptr<FeModule> g_module;
+
+struct FeSnapshot : UndoSnapshot {
+    FeState state;
+};
+
+const char* const kDimWords[] = {"vertex", "curve", "surface", "volume"};
+
+GeometryModel& model() {
+    return geometry_module()->model();
+}
+
+const mesh::MeshState& mesh_state() {
+    return mesh::mesh_module()->state();
+}
+
+void emit_modified(const std::string& type, int id, const std::string& action) {
+    events().emit(&TarvoInterface::TIObserve::notify_genesis_entity_modified, type, id, action);
+}
+
+// Ids of the elements of `kind` that a piece owns.
+void append_ids(const mesh::MeshPiece& piece, ElemKind kind, std::vector<int>& out) {
+    for (const auto& b : piece.blocks)
+        if (b.kind == kind)
+            for (int i = 0; i < b.count(); ++i)
+                out.push_back(b.first_id + i);
+}
+
+std::string dim_name(int dim) {
+    static const char* const names[] = {"0D", "1D (curves, edges)", "2D (surfaces, faces)",
+                                        "3D (volumes, solid elements)"};
+    return dim < 0 || dim > 3 ? "empty" : names[dim];
+}
+
+int member_dim(const Member& m) {
+    return m.type == Member::Type::Element ? mesh::info(m.kind).dim : m.dim;
+}
+
+template <class Map> std::vector<int> keys_of(const Map& map) {
+    std::vector<int> out;
+    for (const auto& [id, piece] : map)
+        out.push_back(id);
+    return out;
+}
+
+bool valid_id(const char* type, int id) {
+    if (id > 0)
+        return true;
+    return error(std::string(type) + " ids are positive; " + std::to_string(id) + " is not");
+}
+
+} // namespace
+
+FeModule* fe_module() {
+    return g_module.get();
+}
+
+// ---- Element types
+// -------------------------------------------------------------------------------
+
+const std::vector<ElementType>& element_types() {
+    static const std::vector<ElementType> table{
+        {"HEX8", 3, ElemKind::Hex, true},         {"HEX20", 3, ElemKind::Hex, false},
+        {"HEX27", 3, ElemKind::Hex, false},       {"TET4", 3, ElemKind::Tet, true},
+        {"TET10", 3, ElemKind::Tet, false},       {"WEDGE6", 3, ElemKind::Wedge, true},
+        {"PYRAMID5", 3, ElemKind::Pyramid, true}, {"QUAD4", 2, ElemKind::Quad, true},
+        {"SHELL4", 2, ElemKind::Quad, true},      {"TRI3", 2, ElemKind::Tri, true},
+        {"TRISHELL3", 2, ElemKind::Tri, true},    {"BAR2", 1, ElemKind::Edge, true},
+        {"SPHERE", 0, ElemKind::Sphere, true},
+    };
+    return table;
+}
+
+const ElementType* find_element_type(std::string_view name) {
+    for (const auto& t : element_types())
+        if (std::equal(name.begin(), name.end(), t.name.begin(), t.name.end(),
+                       [](char a, char b) { return std::toupper(a) == b; }))
+            return &t;
+    return nullptr;
+}
+
+std::string_view default_type_name(ElemKind kind) {
+    for (const auto& t : element_types())
+        if (t.kind == kind && t.built)
+            return t.name;
+    return {};
+}
+
+std::string describe(const Member& m) {
+    switch (m.type) {
+    case Member::Type::Geometry:
+        return std::string(kDimWords[std::clamp(m.dim, 0, 3)]) + " " + std::to_string(m.id);
+    case Member::Type::Element:
+        return std::string(mesh::info(m.kind).word) + " " + std::to_string(m.id);
+    case Member::Type::Node:
+        break;
+    }
+    return "node " + std::to_string(m.id);
+}
+
+bool member_exists(const Member& m) {
+    switch (m.type) {
+    case Member::Type::Geometry:
+        return model().exists(mesh::kind_of_dim(m.dim), m.id);
+    case Member::Type::Element:
+        return mesh_state().find_element(m.kind, m.id).has_value();
+    case Member::Type::Node:
+        break;
+    }
+    return mesh_state().find_node(m.id).has_value();
+}
+
+// ---- Changes
+// -------------------------------------------------------------------------------------
+
+bool FeModule::block_add(int id, const std::vector<Member>& members) {
+    if (!valid_id("block", id))
+        return false;
+    const auto it = state_.blocks.find(id);
+    auto block = it == state_.blocks.end() ? std::make_shared<Block>()
+                                           : std::make_shared<Block>(*it->second);
+    block->id = id;
+    int dim = dimension(*block);
+    std::vector<Member> added;
+    for (const Member& m : members) {
+        if (m.type == Member::Type::Node || (m.type == Member::Type::Geometry && m.dim == 0))
+            return error("a block holds volumes, surfaces, curves or elements, not " + describe(m));
+        const int d = member_dim(m);
+        if (dim >= 0 && d != dim)
+            return error("block " + std::to_string(id) + " is " + dim_name(dim) + ": " +
+                         describe(m) + " is " + dim_name(d));
+        dim = d;
+        if (std::find(block->members.begin(), block->members.end(), m) != block->members.end())
+            continue;
+        if (m.type == Member::Type::Geometry)
+            for (const auto& [other, b] : state_.blocks)
+                if (other != id &&
+                    std::find(b->members.begin(), b->members.end(), m) != b->members.end())
+                    return error(describe(m) + " is in block " + std::to_string(other) +
+                                 " already; remove it there first");
+        block->members.push_back(m);
+        added.push_back(m);
+    }
+    const bool created = it == state_.blocks.end();
+    state_.blocks[id] = block;
+    std::string text;
+    for (const Member& m : added)
+        text += (text.empty() ? "" : ", ") + describe(m);
+    print((created ? "Created block " : "Block ") + std::to_string(id) +
+          (added.empty() ? ": nothing new added" : ": added " + text));
+    emit_modified("block", id, created ? "created" : "modified");
+    return true;
+}
+
+bool FeModule::block_remove(int id, const std::vector<Member>& members) {
+    const auto it = state_.blocks.find(id);
+    if (it == state_.blocks.end())
+        return error("block " + std::to_string(id) + " does not exist");
+    auto block = std::make_shared<Block>(*it->second);
+    std::string removed;
+    for (const Member& m : members) {
+        const auto pos = std::find(block->members.begin(), block->members.end(), m);
+        if (pos == block->members.end()) {
+            warning(describe(m) + " is not in block " + std::to_string(id));
+            continue;
+        }
+        block->members.erase(pos);
+        removed += (removed.empty() ? "" : ", ") + describe(m);
+    }
+    state_.blocks[id] = block;
+    print("Block " + std::to_string(id) +
+          (removed.empty() ? ": nothing removed" : ": removed " + removed));
+    emit_modified("block", id, "modified");
+    return true;
+}
+
+bool FeModule::block_element_type(int id, const std::string& type) {
+    const auto it = state_.blocks.find(id);
+    if (it == state_.blocks.end())
+        return error("block " + std::to_string(id) + " does not exist");
+    const ElementType* t = find_element_type(type);
+    if (!t) {
+        std::string names;
+        for (const auto& e : element_types())
+            names += (names.empty() ? "" : " ") + std::string(e.name);
+        return error("unknown element type '" + type + "' (" + names + ")");
+    }
+    if (!t->built)
+        return error("element type " + std::string(t->name) +
+                     " is not built in this kernel yet: it needs mid-side nodes on the geometry");
+    const int dim = [&] {
+        Block probe = *it->second;
+        probe.element_type.clear();
+        return dimension(probe);
+    }();
+    if (dim >= 0 && dim != t->dim)
+        return error("element type " + std::string(t->name) + " is " + dim_name(t->dim) +
+                     ", block " + std::to_string(id) + " is " + dim_name(dim));
+    auto block = std::make_shared<Block>(*it->second);
+    block->element_type = std::string(t->name);
+    state_.blocks[id] = block;
+    print("Block " + std::to_string(id) + " element type " + block->element_type);
+    emit_modified("block", id, "modified");
+    return true;
+}
+
+namespace {
+bool valid_name(const std::string& name) {
+    if (name.size() <= 80)
+        return true;
+    return error("a name holds at most 80 characters (the Exodus limit); this one has " +
+                 std::to_string(name.size()));
+}
+} // namespace
+
+bool FeModule::block_name(int id, const std::string& name) {
+    const auto it = state_.blocks.find(id);
+    if (it == state_.blocks.end())
+        return error("block " + std::to_string(id) + " does not exist");
+    if (!valid_name(name))
+        return false;
+    auto block = std::make_shared<Block>(*it->second);
+    block->name = name;
+    state_.blocks[id] = block;
+    print("Block " + std::to_string(id) + " named '" + name + "'");
+    emit_modified("block", id, "modified");
+    return true;
+}
+
+bool FeModule::block_attribute_count(int id, int count) {
+    const auto it = state_.blocks.find(id);
+    if (it == state_.blocks.end())
+        return error("block " + std::to_string(id) + " does not exist");
+    if (count < 0 || count > 1000)
+        return error("an attribute count is 0 to 1000, not " + std::to_string(count));
+    auto block = std::make_shared<Block>(*it->second);
+    block->attributes.resize(count, 0.0);
+    block->attribute_names.resize(count);
+    state_.blocks[id] = block;
+    print("Block " + std::to_string(id) + " has " + std::to_string(count) + " attributes");
+    emit_modified("block", id, "modified");
+    return true;
+}
+
+bool FeModule::block_attribute(int id, int index, double value,
+                               const std::optional<std::string>& name) {
+    const auto it = state_.blocks.find(id);
+    if (it == state_.blocks.end())
+        return error("block " + std::to_string(id) + " does not exist");
+    const int count = static_cast<int>(it->second->attributes.size());
+    if (index < 1 || index > count)
+        return error("block " + std::to_string(id) + " has " + std::to_string(count) +
+                     " attributes: index " + std::to_string(index) + " is not 1 to " +
+                     std::to_string(count) + " (set 'attribute count' first)");
+    if (name && !valid_name(*name))
+        return false;
+    auto block = std::make_shared<Block>(*it->second);
+    block->attributes[index - 1] = value;
+    if (name)
+        block->attribute_names[index - 1] = *name;
+    state_.blocks[id] = block;
+    print("Block " + std::to_string(id) + " attribute " + std::to_string(index) + " = " +
+          format_number(value) + (name ? " ('" + *name + "')" : ""));
+    emit_modified("block", id, "modified");
+    return true;
+}
+
+bool FeModule::nodeset_add(int id, const std::vector<Member>& members) {
+    if (!valid_id("nodeset", id))
+        return false;
+    const auto it = state_.nodesets.find(id);
+    auto set = it == state_.nodesets.end() ? std::make_shared<NodeSet>()
+                                           : std::make_shared<NodeSet>(*it->second);
+    set->id = id;
+    std::string text;
+    for (const Member& m : members) {
+        if (m.type == Member::Type::Element)
+            return error("a nodeset holds geometry or nodes, not " + describe(m));
+        if (std::find(set->members.begin(), set->members.end(), m) != set->members.end())
+            continue;
+        set->members.push_back(m);
+        text += (text.empty() ? "" : ", ") + describe(m);
+    }
+    const bool created = it == state_.nodesets.end();
+    state_.nodesets[id] = set;
+    print((created ? "Created nodeset " : "Nodeset ") + std::to_string(id) +
+          (text.empty() ? ": nothing new added" : ": added " + text));
+    emit_modified("nodeset", id, created ? "created" : "modified");
+    return true;
+}
+
+bool FeModule::sideset_add(int id, const std::vector<int>& surfaces, int wrt_volume) {
+    if (!valid_id("sideset", id))
+        return false;
+    if (wrt_volume != 0 && !model().exists(GeomKind::Volume, wrt_volume))
+        return error("volume " + std::to_string(wrt_volume) + " does not exist");
+    const auto it = state_.sidesets.find(id);
+    auto set = it == state_.sidesets.end() ? std::make_shared<SideSet>()
+                                           : std::make_shared<SideSet>(*it->second);
+    set->id = id;
+    std::string text;
+    for (int s : surfaces) {
+        if (wrt_volume != 0) {
+            const auto vols = model().relatives(GeomKind::Surface, s, GeomKind::Volume);
+            if (std::find(vols.begin(), vols.end(), wrt_volume) == vols.end())
+                return error("surface " + std::to_string(s) + " is not on volume " +
+                             std::to_string(wrt_volume));
+        }
+        const std::pair<int, int> entry{s, wrt_volume};
+        if (std::find(set->surfaces.begin(), set->surfaces.end(), entry) != set->surfaces.end())
+            continue;
+        set->surfaces.push_back(entry);
+        text += (text.empty() ? "surface " : " ") + std::to_string(s);
+    }
+    const bool created = it == state_.sidesets.end();
+    state_.sidesets[id] = set;
+    print((created ? "Created sideset " : "Sideset ") + std::to_string(id) +
+          (text.empty() ? ": nothing new added"
+                        : ": added " + text +
+                              (wrt_volume ? " wrt volume " + std::to_string(wrt_volume) : "")));
+    emit_modified("sideset", id, created ? "created" : "modified");
+    return true;
+}
+
+bool FeModule::set_name(const std::string& type, int id, const std::string& name) {
+    if (!valid_name(name))
+        return false;
+    if (type == "nodeset") {
+        const auto it = state_.nodesets.find(id);
+        if (it == state_.nodesets.end())
+            return error("nodeset " + std::to_string(id) + " does not exist");
+        auto set = std::make_shared<NodeSet>(*it->second);
+        set->name = name;
+        it->second = set;
+    } else {
+        const auto it = state_.sidesets.find(id);
+        if (it == state_.sidesets.end())
+            return error("sideset " + std::to_string(id) + " does not exist");
+        auto set = std::make_shared<SideSet>(*it->second);
+        set->name = name;
+        it->second = set;
+    }
+    print((type == "nodeset" ? "Nodeset " : "Sideset ") + std::to_string(id) + " named '" + name +
+          "'");
+    emit_modified(type, id, "modified");
+    return true;
+}
+
+bool FeModule::remove(const std::string& type, const std::vector<int>& ids) {
+    if (ids.empty())
+        return error("no " + type + " to delete: the list is empty");
+    for (int id : ids) {
+        if (type == "block")
+            state_.blocks.erase(id);
+        else if (type == "nodeset")
+            state_.nodesets.erase(id);
+        else
+            state_.sidesets.erase(id);
+    }
+    EntityList list;
+    list.add(type, ids);
+    print("Deleted " + list.describe());
+    for (int id : ids)
+        emit_modified(type, id, "deleted");
+    return true;
+}
+
+// ---- Reading
+// -------------------------------------------------------------------------------------
+
+int FeModule::dimension(const Block& block) {
+    if (!block.members.empty())
+        return member_dim(block.members.front());
+    if (const ElementType* t = find_element_type(block.element_type))
+        return t->dim;
+    return -1;
+}
+
+std::map<ElemKind, std::vector<int>> FeModule::elements(const Block& block) {
+    std::map<ElemKind, std::vector<int>> out;
+    const mesh::MeshState& s = mesh_state();
+    for (const Member& m : block.members) {
+        if (m.type != Member::Type::Geometry)
+            continue;
+        const mesh::MeshPiece* piece = s.piece({m.dim, m.id});
+        if (!piece || !model().exists(mesh::kind_of_dim(m.dim), m.id))
+            continue;
+        for (const auto& b : piece->blocks)
+            if (mesh::info(b.kind).dim == m.dim)
+                append_ids(*piece, b.kind, out[b.kind]);
+    }
+    for (const Member& m : block.members)
+        if (m.type == Member::Type::Element && s.find_element(m.kind, m.id))
+            out[m.kind].push_back(m.id);
+    for (auto it = out.begin(); it != out.end();)
+        it = it->second.empty() ? out.erase(it) : std::next(it);
+    return out;
+}
+
+std::string FeModule::type_of(const Block& block) {
+    if (!block.element_type.empty())
+        return block.element_type;
+    const auto elems = elements(block);
+    if (!elems.empty())
+        return std::string(default_type_name(elems.begin()->first));
+    const int dim = dimension(block);
+    for (const auto& t : element_types())
+        if (t.dim == dim)
+            return std::string(t.name);
+    return {};
+}
+
+std::vector<int> FeModule::nodes(const NodeSet& set, bool inclusive) {
+    std::set<int> out;
+    const mesh::MeshState& s = mesh_state();
+    for (const Member& m : set.members) {
+        if (m.type == Member::Type::Node) {
+            if (s.find_node(m.id))
+                out.insert(m.id);
+        } else if (inclusive && m.type == Member::Type::Geometry &&
+                   model().exists(mesh::kind_of_dim(m.dim), m.id)) {
+            for (const mesh::MeshPiece* p : mesh::mesh_module()->closure({m.dim, m.id}))
+                for (int i = 0; i < p->node_count(); ++i)
+                    out.insert(p->first_node + i);
+        }
+    }
+    return {out.begin(), out.end()};
+}
+
+std::vector<Side> FeModule::sides(const SideSet& set) {
+    std::vector<Side> out;
+    const mesh::MeshState& s = mesh_state();
+    for (const auto& [surface, wrt] : set.surfaces) {
+        const mesh::MeshPiece* face_piece = s.piece({2, surface});
+        if (!face_piece || !model().exists(GeomKind::Surface, surface))
+            continue;
+        // The surface's faces by their sorted corners.
+        std::set<std::vector<int>> faces;
+        for (const auto& b : face_piece->blocks) {
+            const int n = mesh::info(b.kind).nodes;
+            for (int e = 0; e < b.count(); ++e) {
+                std::vector<int> key(b.conn.begin() + e * n, b.conn.begin() + (e + 1) * n);
+                std::sort(key.begin(), key.end());
+                faces.insert(std::move(key));
+            }
+        }
+        std::vector<int> volumes =
+            wrt ? std::vector<int>{wrt}
+                : model().relatives(GeomKind::Surface, surface, GeomKind::Volume);
+        for (int v : volumes) {
+            const mesh::MeshPiece* vp = s.piece({3, v});
+            if (!vp)
+                continue;
+            for (const auto& b : vp->blocks) {
+                const int n = mesh::info(b.kind).nodes;
+                const auto& topo = mesh::topology(b.kind);
+                for (int e = 0; e < b.count(); ++e) {
+                    const int* corners = b.conn.data() + e * n;
+                    for (size_t side = 0; side < topo.faces.size(); ++side) {
+                        std::vector<int> key;
+                        for (int local : topo.faces[side])
+                            key.push_back(corners[local]);
+                        std::sort(key.begin(), key.end());
+                        if (faces.count(key))
+                            out.push_back({b.kind, b.first_id + e, static_cast<int>(side)});
+                    }
+                }
+            }
+        }
+    }
+    return out;
+}
+
+bool FeModule::layout(Layout& out, std::string& why) const {
+    out = {};
+    std::set<std::pair<ElemKind, int>> seen;
+    for (const auto& [id, block] : state_.blocks) {
+        const auto elems = elements(*block);
+        LaidOutBlock laid{block.get(), type_of(*block), ElemKind::Hex, {}};
+        if (const ElementType* t = find_element_type(laid.type))
+            laid.kind = t->kind;
+        for (const auto& [kind, ids] : elems) {
+            if (kind != laid.kind) {
+                why = "block " + std::to_string(id) + " is " + laid.type + " but holds " +
+                      std::to_string(ids.size()) + " " + std::string(mesh::info(kind).word) +
+                      " elements: an Exodus block holds one element type, so put them in a "
+                      "block of their own";
+                return false;
+            }
+            for (int e : ids)
+                if (!seen.insert({kind, e}).second) {
+                    why = std::string(mesh::info(kind).word) + " " + std::to_string(e) +
+                          " is in two blocks";
+                    return false;
+                }
+            laid.elements = ids;
+        }
+        out.element_count += static_cast<int>(laid.elements.size());
+        out.blocks.push_back(std::move(laid));
+    }
+    return true;
+}
+
+// ---- EntityCatalog
+// -------------------------------------------------------------------------------
+
+bool FeModule::handles(std::string_view type) const {
+    return type == "block" || type == "nodeset" || type == "sideset";
+}
+
+std::vector<int> FeModule::all_ids(std::string_view type) const {
+    if (type == "block")
+        return keys_of(state_.blocks);
+    if (type == "nodeset")
+        return keys_of(state_.nodesets);
+    if (type == "sideset")
+        return keys_of(state_.sidesets);
+    return {};
+}
+
+bool FeModule::exists(std::string_view type, int id) const {
+    if (type == "block")
+        return state_.blocks.count(id) != 0;
+    if (type == "nodeset")
+        return state_.nodesets.count(id) != 0;
+    if (type == "sideset")
+        return state_.sidesets.count(id) != 0;
+    return false;
+}
+
+std::vector<int> FeModule::relatives(std::string_view source_type, int id,
+                                     std::string_view target_type) const {
+    std::set<int> out;
+    const auto geometry_dim = [](std::string_view t) {
+        for (int d = 0; d < 4; ++d)
+            if (t == kDimWords[d])
+                return d;
+        return -1;
+    };
+    const int dim = geometry_dim(target_type);
+    if (source_type == "block" && state_.blocks.count(id)) {
+        const Block& b = *state_.blocks.at(id);
+        for (const Member& m : b.members)
+            if (m.type == Member::Type::Geometry && m.dim == dim && member_exists(m))
+                out.insert(m.id);
+        if (const auto kind = mesh::elem_kind_from_word(target_type)) {
+            const auto elems = elements(b);
+            if (const auto it = elems.find(*kind); it != elems.end())
+                out.insert(it->second.begin(), it->second.end());
+        }
+    } else if (source_type == "nodeset" && state_.nodesets.count(id)) {
+        const NodeSet& n = *state_.nodesets.at(id);
+        for (const Member& m : n.members)
+            if (m.type == Member::Type::Geometry && m.dim == dim && member_exists(m))
+                out.insert(m.id);
+        if (target_type == "node")
+            for (int node : nodes(n, true))
+                out.insert(node);
+    } else if (source_type == "sideset" && state_.sidesets.count(id) && dim == 2) {
+        for (const auto& [s, wrt] : state_.sidesets.at(id)->surfaces)
+            if (model().exists(GeomKind::Surface, s))
+                out.insert(s);
+    }
+    return {out.begin(), out.end()};
+}
+
+std::string FeModule::name_of(std::string_view type, int id) const {
+    if (type == "block" && state_.blocks.count(id))
+        return state_.blocks.at(id)->name;
+    if (type == "nodeset" && state_.nodesets.count(id))
+        return state_.nodesets.at(id)->name;
+    if (type == "sideset" && state_.sidesets.count(id))
+        return state_.sidesets.at(id)->name;
+    return {};
+}
+
+// ---- UndoParticipant
+// -----------------------------------------------------------------------------
+
+std::unique_ptr<UndoSnapshot> FeModule::save_state() {
+    auto snap = std::make_unique<FeSnapshot>();
+    snap->state = state_;
+    return snap;
+}
+
+void FeModule::restore_state(const UndoSnapshot& snapshot) {
+    const FeState& saved = static_cast<const FeSnapshot&>(snapshot).state;
+    // Events for what differs, so that monitors of a container see it come, go or change.
+    const auto diff = [](const std::string& type, const auto& now, const auto& then) {
+        for (const auto& [id, piece] : now)
+            if (!then.count(id))
+                emit_modified(type, id, "deleted");
+        for (const auto& [id, piece] : then) {
+            const auto it = now.find(id);
+            if (it == now.end())
+                emit_modified(type, id, "created");
+            else if (it->second != piece)
+                emit_modified(type, id, "modified");
+        }
+    };
+    const FeState before = state_;
+    state_ = saved;
+    diff("block", before.blocks, saved.blocks);
+    diff("nodeset", before.nodesets, saved.nodesets);
+    diff("sideset", before.sidesets, saved.sidesets);
+}
+
+void FeModule::clear_state() {
+    const FeState before = state_;
+    state_ = {};
+    for (const auto& [id, b] : before.blocks)
+        emit_modified("block", id, "deleted");
+    for (const auto& [id, n] : before.nodesets)
+        emit_modified("nodeset", id, "deleted");
+    for (const auto& [id, s] : before.sidesets)
+        emit_modified("sideset", id, "deleted");
+}
+
+} // namespace tarvo::kernel::fe
+
+namespace tarvo::kernel {
+
+void init_fe_module() {
+    fe::g_module = std::make_unique<fe::FeModule>();
+    add_entity_catalog(fe::g_module.get());
+    add_undo_participant(fe::g_module.get());
+    fe::register_fe_commands();
+}
+
+void shutdown_fe_module() {
+    if (!fe::g_module)
+        return;
+    remove_undo_participant(fe::g_module.get());
+    remove_entity_catalog(fe::g_module.get());
+    fe::g_module.reset();
+}
+
+} // namespace tarvo::kernel

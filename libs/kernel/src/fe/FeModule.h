@@ -1,0 +1,171 @@
+#pragma once
+// The finite-element model: element blocks, node sets and side sets, the containers a solver
+// reads from the exported mesh, and their hooks into the session (entity catalog for block,
+// nodeset and sideset; undo participant "fe"; commands; Exodus II export).
+//
+// Contract
+// - Containers hold geometry, not elements, where they can: a block of volume 1 takes volume 1's
+//   elements when it is read (queries, export), so meshing, remeshing or deleting the mesh after
+//   the block was made is always reflected. Mesh elements and nodes may also be listed one by one.
+// - Every container is an immutable piece (std::shared_ptr<const T>) in a map by id; a change
+//   builds a new piece and swaps it in, so a snapshot copies three maps and nothing else.
+// - A block holds entities of one dimension (volumes and 3D elements, surfaces and faces, or
+//   curves and edges), and its element type, when set, is one of that dimension. A geometry
+//   entity is in at most one block. Operations print what they did, or print one error and
+//   return false with the model unchanged.
+// - Ids are positive; stored entities that have since gone are skipped when read.
+// - Global (export) element ids number the blocks' elements 1..N, blocks in ascending id order,
+//   each block's elements in the order they are written to the file (layout()).
+//
+// Threading: kernel thread only.
+
+#include "core/EntityCatalog.h"
+#include "core/Undo.h"
+#include "mesh/MeshTypes.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarvo::kernel::fe {
+
+using mesh::ElemKind;
+
+// An entity a container lists: a geometry entity (dim 0..3, kind unused) or a mesh element.
+struct Member {
+    enum class Type : unsigned char { Geometry, Element, Node } type = Type::Geometry;
+    int dim = 0;                   // geometry: 0 vertex .. 3 volume
+    ElemKind kind = ElemKind::Hex; // element
+    int id = 0;
+    auto operator<=>(const Member&) const = default;
+};
+
+struct Block {
+    int id = 0;
+    std::string name;
+    std::string element_type; // "" until set: then the type follows the elements
+    std::vector<Member> members;
+    std::vector<double> attributes;
+    std::vector<std::string> attribute_names;
+};
+
+struct NodeSet {
+    int id = 0;
+    std::string name;
+    std::vector<Member> members; // geometry or nodes
+};
+
+struct SideSet {
+    int id = 0;
+    std::string name;
+    // Surfaces, each with the volume its sides are taken from (0: every volume it bounds).
+    std::vector<std::pair<int, int>> surfaces;
+};
+
+struct FeState {
+    std::map<int, std::shared_ptr<const Block>> blocks;
+    std::map<int, std::shared_ptr<const NodeSet>> nodesets;
+    std::map<int, std::shared_ptr<const SideSet>> sidesets;
+};
+
+// Element types a block may be given, one row per name.
+struct ElementType {
+    std::string_view name;
+    int dim;
+    ElemKind kind;
+    bool built; // higher-order types need mid-nodes, which this kernel does not make yet
+};
+const std::vector<ElementType>& element_types();
+const ElementType* find_element_type(std::string_view name); // any case
+std::string_view default_type_name(ElemKind kind);
+
+// One block as it is written: its elements (all of one kind) in file order.
+struct LaidOutBlock {
+    const Block* block = nullptr;
+    std::string type;
+    ElemKind kind = ElemKind::Hex;
+    std::vector<int> elements;
+};
+struct Layout {
+    std::vector<LaidOutBlock> blocks;
+    int element_count = 0;
+};
+
+// A side of an element in a side set: (kind, element id, 0-based side index in Exodus order).
+struct Side {
+    ElemKind kind;
+    int element;
+    int side;
+};
+
+class FeModule : public EntityCatalog, public UndoParticipant {
+public:
+    const FeState& state() const { return state_; }
+
+    bool block_add(int id, const std::vector<Member>& members);
+    bool block_remove(int id, const std::vector<Member>& members);
+    bool block_element_type(int id, const std::string& type);
+    bool block_name(int id, const std::string& name);
+    bool block_attribute_count(int id, int count);
+    bool block_attribute(int id, int index, double value, const std::optional<std::string>& name);
+    bool nodeset_add(int id, const std::vector<Member>& members);
+    bool sideset_add(int id, const std::vector<int>& surfaces, int wrt_volume);
+    bool set_name(const std::string& type, int id, const std::string& name); // nodeset, sideset
+    bool remove(const std::string& type, const std::vector<int>& ids);
+
+    // ---- Reading, from the live mesh ---------------------------------------------------------
+    // The dimension of what the block holds, or of its element type; -1 when it is empty.
+    static int dimension(const Block& block);
+    // The block's elements by kind, geometry members first (in order), then listed elements.
+    static std::map<ElemKind, std::vector<int>> elements(const Block& block);
+    // The type the block is written with: the one set, else that of its elements' kind, else the
+    // first type of its dimension; "" for an empty block.
+    static std::string type_of(const Block& block);
+    // Nodes of the set: its listed nodes and, with `inclusive`, those of its geometry (whole
+    // closure). Ascending.
+    static std::vector<int> nodes(const NodeSet& set, bool inclusive);
+    // Element sides of the set: each face of a listed surface's mesh matched by its nodes to a
+    // side of an element of the chosen volumes.
+    static std::vector<Side> sides(const SideSet& set);
+    // Blocks in ascending id order as they are exported. False with `why` when a block mixes
+    // element kinds, or its elements are not of its element type, or an element is in two.
+    bool layout(Layout& out, std::string& why) const;
+
+    // Writes Exodus II through a temporary file beside `path`, renamed at the end.
+    bool export_exodus(const std::string& path, bool overwrite);
+
+    // ---- EntityCatalog -------------------------------------------------------------------------
+    bool handles(std::string_view type) const override;
+    std::vector<int> all_ids(std::string_view type) const override;
+    bool exists(std::string_view type, int id) const override;
+    std::vector<int> relatives(std::string_view source_type, int id,
+                               std::string_view target_type) const override;
+    std::string name_of(std::string_view type, int id) const override;
+
+    // ---- UndoParticipant -----------------------------------------------------------------------
+    std::string participant_name() const override { return "fe"; }
+    std::unique_ptr<UndoSnapshot> save_state() override;
+    void restore_state(const UndoSnapshot& snapshot) override;
+    void clear_state() override;
+
+private:
+    FeState state_;
+};
+
+// The live module between init_fe_module() and shutdown_fe_module(); null otherwise.
+FeModule* fe_module();
+void register_fe_commands();
+
+// "volume 3", "hex 12", "node 4".
+std::string describe(const Member& m);
+// Whether the member exists in the live model.
+bool member_exists(const Member& m);
+
+} // namespace tarvo::kernel::fe
+
+namespace tarvo::kernel {
+void init_fe_module();
+void shutdown_fe_module();
+} // namespace tarvo::kernel

@@ -1,0 +1,204 @@
+// Blocks, node sets and side sets through the command language and the public queries: what a
+// 2 x 2 x 2 hex block puts in them (counts worked out by hand), bad input refused with the model
+// unchanged, undo, a block made before meshing, global element ids and the export's file rules.
+
+#include "tarvo/TarvoInterface.h"
+
+#include "../support/CapturedOutput.h"
+#include "../support/EventRecorder.h"
+#include "../support/ScratchSession.h"
+
+#include <gtest/gtest.h>
+
+#include <exodusII.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace TI = TarvoInterface;
+
+namespace {
+
+class FeTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(session.start("fe", output));
+        recorder.register_observer();
+        TI::silent_cmd("echo off");
+    }
+    void TearDown() override {
+        recorder.unregister_observer();
+        session.stop();
+    }
+    void run(const std::string& line) {
+        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
+    }
+    std::string rejected(const std::string& line) {
+        output->take();
+        const int before = TI::get_error_count();
+        EXPECT_FALSE(TI::cmd(line.c_str())) << line;
+        EXPECT_EQ(TI::get_error_count(), before + 1) << line;
+        for (const auto& l : output->take())
+            if (l.is_error)
+                return l.text;
+        return {};
+    }
+    // A 10-unit box meshed 2 x 2 x 2: 8 hexes, 27 nodes, 4 quads and 9 nodes a side.
+    void meshed_box() {
+        run("create box 10");
+        run("volume 1 interval 2");
+        run("mesh volume 1");
+    }
+    // Everything the queries say about the containers, to compare before and after.
+    static std::string dump() {
+        std::string out;
+        for (int b : TI::get_block_id_list())
+            out += "block " + std::to_string(b) + " " + TI::get_block_element_type(b) + " " +
+                   TI::get_exodus_entity_name("block", b) + " v" +
+                   std::to_string(TI::get_block_volumes(b).size()) + " c" +
+                   std::to_string(TI::get_block_curves(b).size()) + " a" +
+                   std::to_string(TI::get_block_attribute_count(b)) + ";";
+        for (int n : TI::get_nodeset_id_list())
+            out += "nodeset " + std::to_string(n) + " " +
+                   std::to_string(TI::get_nodeset_node_count(n)) + ";";
+        for (int s : TI::get_sideset_id_list())
+            out += "sideset " + std::to_string(s) + " " +
+                   std::to_string(TI::get_exodus_element_count(s, "sideset")) + ";";
+        return out;
+    }
+
+    std::shared_ptr<test_support::CapturedOutput> output =
+        std::make_shared<test_support::CapturedOutput>();
+    test_support::EventRecorder recorder{{"genesis_entity_modified"}};
+    test_support::ScratchSession session;
+};
+
+TEST_F(FeTest, ContainersAnswerFromTheMesh) {
+    meshed_box();
+    run("block 1 add volume 1");
+    run("block 1 name 'steel'");
+    run("block 1 attribute count 2");
+    run("block 1 attribute index 2 value 3.5 name 'thickness'");
+    run("nodeset 4 add surface 1");
+    run("sideset 7 add surface 1");
+    run("sideset 7 name 'top'");
+
+    EXPECT_EQ(TI::get_block_id_list(), std::vector<int>{1});
+    EXPECT_EQ(TI::get_next_block_id(), 2);
+    EXPECT_EQ(TI::get_next_nodeset_id(), 5);
+    EXPECT_EQ(TI::get_block_element_type(1), "HEX8");
+    EXPECT_EQ(TI::get_block_hexes(1).size(), 8u);
+    EXPECT_TRUE(TI::get_block_tets(1).empty());
+    EXPECT_EQ(TI::get_block_nodes(1).size(), 27u);
+    EXPECT_EQ(TI::get_block_volumes(1), std::vector<int>{1});
+    EXPECT_EQ(TI::get_block_id("volume", 1), 1);
+    EXPECT_EQ(TI::get_block_id("hex", TI::get_block_hexes(1)[3]), 1);
+    EXPECT_EQ(TI::get_exodus_element_count(1, "block"), 8);
+    EXPECT_EQ(TI::get_block_attribute_value(1, 1), 3.5);
+    EXPECT_EQ(TI::get_block_attribute_name(1, 1), "thickness");
+    EXPECT_EQ(TI::get_block_attribute_value(1, 0), 0.0);
+    EXPECT_EQ(TI::get_valid_block_element_types(1),
+              (std::vector<std::string>{"HEX8", "TET4", "WEDGE6", "PYRAMID5"}));
+    EXPECT_EQ(TI::get_nodeset_surfaces(4), std::vector<int>{1});
+    EXPECT_EQ(TI::get_nodeset_nodes_inclusive(4).size(), 9u);
+    EXPECT_TRUE(TI::get_nodeset_nodes(4).empty()); // no nodes listed one by one
+    EXPECT_EQ(TI::get_exodus_element_count(7, "sideset"), 4);
+    EXPECT_EQ(TI::get_sideset_quads(7).size(), 4u);
+    EXPECT_EQ(TI::get_sideset_element_type(7), "QUAD4");
+    EXPECT_EQ(TI::get_id_from_name("top"), 7);
+    EXPECT_EQ(TI::get_exodus_entity_name("block", 1), "steel");
+    // The entity-list grammar reaches into containers.
+    EXPECT_EQ(TI::parse_tarvo_list("hex", "in block 1").size(), 8u);
+    EXPECT_EQ(TI::parse_tarvo_list("node", "in nodeset 4").size(), 9u);
+
+    // Global ids run 1..8 over the block, and back.
+    std::vector<int> globals;
+    for (int h : TI::get_block_hexes(1))
+        globals.push_back(TI::get_hex_global_element_id(h));
+    std::sort(globals.begin(), globals.end());
+    EXPECT_EQ(globals, (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(TI::get_element_block(8), 1);
+    EXPECT_FALSE(TI::get_element_exists(9));
+    EXPECT_EQ(recorder.count("genesis_entity_modified block 1 created"), 1u);
+}
+
+TEST_F(FeTest, BadInputIsRefusedAndChangesNothing) {
+    meshed_box();
+    run("create box 1");
+    run("block 1 add volume 1");
+    run("block 1 attribute count 1");
+    run("sideset 1 add surface 1");
+    const std::string before = dump();
+    const struct {
+        const char* line;
+        const char* says;
+    } cases[] = {
+        {"block 0 add volume 2", "positive"},
+        {"block 1 add curve 1", "3D"},
+        {"block 2 add volume 1", "in block 1 already"},
+        {"block 1 element type QUAD4", "2D"},
+        {"block 1 element type HEX20", "not built"},
+        {"block 1 element type BRICK", "unknown element type"},
+        {"block 3 name 'x'", "does not exist"},
+        {"block 1 attribute index 2 value 1", "index 2"},
+        {"block 1 attribute count -1", "0 to 1000"},
+        {"sideset 2 add curve 1", "holds surfaces"},
+        {"sideset 1 add surface 1 wrt volume 2", "not on volume 2"},
+        {"nodeset 1 add hex 1", "geometry or nodes"},
+        {"export mesh 'no/such/dir/out.e'", "does not exist"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_NE(rejected(c.line).find(c.says), std::string::npos) << c.line;
+        EXPECT_EQ(dump(), before) << c.line;
+    }
+    const std::string long_name(81, 'n');
+    EXPECT_NE(rejected("block 1 name '" + long_name + "'").find("80"), std::string::npos);
+    EXPECT_EQ(dump(), before);
+}
+
+TEST_F(FeTest, UndoAndDeleteAndBlocksBeforeMeshing) {
+    run("create box 10");
+    run("volume 1 interval 2");
+    run("block 1 add volume 1"); // before meshing: the block takes the elements later
+    EXPECT_EQ(TI::get_block_element_type(1), "HEX8");
+    EXPECT_TRUE(TI::get_block_hexes(1).empty());
+    run("volume 1 scheme tetmesh");
+    run("mesh volume 1");
+    EXPECT_EQ(TI::get_block_element_type(1), "TET4");
+    EXPECT_EQ(TI::get_exodus_element_count(1, "block"), TI::get_tet_count());
+
+    run("nodeset 2 add vertex 1");
+    run("delete block 1");
+    EXPECT_TRUE(TI::get_block_id_list().empty());
+    run("undo");
+    EXPECT_EQ(TI::get_block_id_list(), std::vector<int>{1});
+    run("undo");
+    EXPECT_TRUE(TI::get_nodeset_id_list().empty());
+    EXPECT_EQ(recorder.count("genesis_entity_modified nodeset 2 deleted"), 1u);
+    run("reset");
+    EXPECT_TRUE(TI::get_block_id_list().empty());
+}
+
+TEST_F(FeTest, ExportFileRules) {
+    meshed_box();
+    EXPECT_NE(rejected("export mesh 'a.e'").find("no blocks"), std::string::npos);
+    run("block 1 add volume 1");
+    run("export mesh 'a.e'");
+    EXPECT_NE(rejected("export mesh 'a.e'").find("overwrite"), std::string::npos);
+    run("block 1 name 'renamed'");
+    run("export mesh 'a.e' overwrite");
+    EXPECT_EQ(TI::get_block_ids("a.e"), std::vector<int>{1});
+    // Only the finished file is left beside it.
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(session.dir()))
+        files += entry.is_regular_file();
+    EXPECT_EQ(files, 1);
+
+    // A block whose type does not fit its elements is refused and leaves nothing.
+    run("block 2 add quad in surface 1");
+    run("block 2 element type TRI3");
+    EXPECT_NE(rejected("export mesh 'b.e'").find("TRI3"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists("b.e"));
+}
+
+} // namespace
