@@ -1,0 +1,53 @@
+#pragma once
+// What the graphics library (pixlane_tarvo) needs of the kernel beyond its public queries: the
+// drawable form of geometry and mesh, and the drawing sets. Not part of the public API: the
+// server's method tables never see it, and no OpenCASCADE or Gmsh type leaks through it.
+//
+// Contract
+// - Coordinates are model coordinates as floats, three per point.
+// - Surfaces are tessellated by the geometry engine with a deflection relative to the size of the
+//   body that holds them (so one body's change never re-tessellates another). The tessellation is
+//   computed once per body: a published body never changes, so the cache is keyed on the body and
+//   dropped when the body is gone.
+// - Every function answers false (filling nothing) for an entity that does not exist or has
+//   nothing to draw; an exception of the geometry engine becomes one error line and false.
+//
+// Threading: kernel thread only, like the rest of the kernel.
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarvo::graphics {
+
+// Triangles of a surface: xyz per node, a unit normal per node (averaged over the triangles of
+// this surface only, so edges between surfaces stay sharp) and three node indices per triangle,
+// counter-clockwise seen from outside the solid.
+bool surface_facets(int surface_id, std::vector<float>& xyz, std::vector<float>& normals,
+                    std::vector<int>& triangles);
+// Points along a curve, within the same relative deflection, from start to end.
+bool curve_polyline(int curve_id, std::vector<float>& xyz);
+bool vertex_point(int vertex_id, std::vector<float>& xyz);
+// How many bodies were tessellated since the session began (a cache miss each).
+long tessellated_bodies();
+
+// The drawable mesh of a volume (the faces of its elements that only one element uses) or of a
+// surface (its tris and quads). `faces` holds, per face, its corner count then its node indices;
+// `edges` two node indices per distinct element edge of those faces. False when the entity has
+// no mesh of that dimension.
+struct MeshDrawing {
+    std::vector<float> xyz;
+    std::vector<int> faces;
+    std::vector<int> edges;
+};
+bool mesh_outer_faces(const std::string& type, int id, MeshDrawing& out);
+// Identifies the mesh of a volume or surface: changes whenever that mesh is replaced or deleted,
+// 0 when it has none. Meshes have no delete event, so views compare this after each command.
+std::uintptr_t mesh_stamp(const std::string& type, int id);
+
+// The named drawing set ("" is the one of the `draw` command): while it is not empty, views draw
+// only its entities.
+std::vector<std::pair<std::string, int>> drawing_set(const std::string& name);
+
+} // namespace tarvo::graphics
