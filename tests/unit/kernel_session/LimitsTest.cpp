@@ -176,9 +176,9 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
     const struct {
         std::string line, planned, topic;
     } cases[] = {
-        {"bloc 1 add vol 1", "block", "block"},
-        {"export mesh 'a.e'", "export mesh", "export mesh"},
-        {"nodeset 1 add volume 1", "nodeset", "nodeset"},
+        {"grou 'g' add vol 1", "group", "group"},
+        {"save as 'a.tvo'", "save as", "save as"},
+        {"open 'a.tvo'", "open", "open"},
         {"create force on surface 1", "create force", "create force"},
     };
     for (const auto& c : cases) {
@@ -189,7 +189,7 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
         EXPECT_NE(tarvo::kernel::help_text(c.topic).find(c.planned), std::string::npos);
     }
     // A journal that starts with a planned command is a journal: it fails at that line.
-    write_file("plan.jou", "nodeset 1 add volume 1\n");
+    write_file("plan.jou", "open 'a.tvo'\n");
     EXPECT_NE(rejected("playback 'plan.jou'").find("not built"), std::string::npos);
 }
 

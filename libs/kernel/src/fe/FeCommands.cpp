@@ -7,6 +7,8 @@
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
 
+#include <filesystem>
+
 namespace tarvo::kernel::fe {
 
 namespace {
@@ -162,6 +164,11 @@ bool export_mesh_command(Cursor& c) {
     const bool overwrite = c.keyword("overwrite");
     if (!c.expect_end())
         return false;
+    // Writing Exodus into a name that promises another format would mislead every reader.
+    const std::string ext = std::filesystem::path(path).extension().string();
+    for (const char* other : {".msh", ".vtk", ".vtu", ".inp"})
+        if (ext == other)
+            return c.fail("'" + ext + "' files are not built in this kernel yet: only Exodus II");
     return fe_module()->export_exodus(path, overwrite);
 }
 
