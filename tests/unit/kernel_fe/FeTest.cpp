@@ -179,6 +179,22 @@ TEST_F(FeTest, UndoAndDeleteAndBlocksBeforeMeshing) {
     EXPECT_TRUE(TI::get_block_id_list().empty());
 }
 
+// A deleted volume leaves its block, so that `compress ids` giving its id to another volume
+// does not put that one in; renumbered entities are followed.
+TEST_F(FeTest, ContainersFollowDeletedAndRenumberedGeometry) {
+    run("create box 1");
+    run("create box 1");
+    run("block 1 add volume 1");
+    run("block 2 add volume 2");
+    run("sideset 3 add surface 7 wrt volume 2");
+    run("delete volume 1");
+    run("compress ids");
+    EXPECT_TRUE(TI::get_block_volumes(1).empty());
+    EXPECT_EQ(TI::get_block_volumes(2), std::vector<int>{1});
+    EXPECT_EQ(TI::get_sideset_surfaces(3), std::vector<int>{1});
+    EXPECT_EQ(TI::get_wrt_entity("surface", 1, 3), "volume 1");
+}
+
 TEST_F(FeTest, ExportFileRules) {
     meshed_box();
     EXPECT_NE(rejected("export mesh 'a.e'").find("no blocks"), std::string::npos);

@@ -632,6 +632,83 @@ void FeModule::clear_state() {
         emit_modified("sideset", id, "deleted");
 }
 
+// ---- Following the geometry
+// ----------------------------------------------------------------------
+
+void FeModule::follow_geometry(int dim, int old_id, int new_id) {
+    const auto map = [&](int d, int id) { return d == dim && id == old_id ? new_id : id; };
+    const auto rewrite = [&](std::vector<Member>& members) {
+        std::vector<Member> out;
+        for (Member m : members) {
+            if (m.type == Member::Type::Geometry)
+                m.id = map(m.dim, m.id);
+            if (m.id != 0 && std::find(out.begin(), out.end(), m) == out.end())
+                out.push_back(m);
+        }
+        const bool changed = out != members;
+        members = std::move(out);
+        return changed;
+    };
+    for (auto& [id, piece] : state_.blocks) {
+        auto copy = std::make_shared<Block>(*piece);
+        if (rewrite(copy->members))
+            piece = copy;
+    }
+    for (auto& [id, piece] : state_.nodesets) {
+        auto copy = std::make_shared<NodeSet>(*piece);
+        if (rewrite(copy->members))
+            piece = copy;
+    }
+    for (auto& [id, piece] : state_.sidesets) {
+        auto copy = std::make_shared<SideSet>(*piece);
+        std::vector<std::pair<int, int>> out;
+        for (auto [surface, wrt] : copy->surfaces) {
+            surface = map(2, surface);
+            // Sides taken from a volume that went have nothing left to be taken from.
+            const int volume = wrt == 0 ? 0 : map(3, wrt);
+            if (surface != 0 && (wrt == 0 || volume != 0))
+                out.push_back({surface, volume});
+        }
+        if (out != copy->surfaces) {
+            copy->surfaces = std::move(out);
+            piece = copy;
+        }
+    }
+}
+
+namespace {
+
+// Deleted geometry leaves every container, and renumbered geometry (`compress ids`) is followed,
+// so that an id a container holds always names the entity it was given. Undo puts the whole
+// state back itself, so events of a restore are not followed.
+class GeometryWatcher : public TarvoInterface::TIObserve {
+public:
+    void notify_volume_deleted(int id) override { follow(3, id, 0); }
+    void notify_surface_deleted(int id) override { follow(2, id, 0); }
+    void notify_free_surface_deleted(int id) override { follow(2, id, 0); }
+    void notify_curve_deleted(int id) override { follow(1, id, 0); }
+    void notify_free_curve_deleted(int id) override { follow(1, id, 0); }
+    void notify_vertex_deleted(int id) override { follow(0, id, 0); }
+    void notify_free_vertex_deleted(int id) override { follow(0, id, 0); }
+    void notify_id_changed(const std::string& type, int old_id, int new_id) override {
+        const auto kind = parse_kind(type);
+        const int dim = kind ? mesh::dim_of_kind(*kind) : -1;
+        if (dim >= 0)
+            follow(dim, old_id, new_id);
+    }
+
+private:
+    static void follow(int dim, int old_id, int new_id) {
+        if (g_module && !performing_undo())
+            g_module->follow_geometry(dim, old_id, new_id);
+    }
+};
+
+// A plain pointer, as in the other modules: the observer list may be gone at static destruction.
+GeometryWatcher* g_watcher = nullptr;
+
+} // namespace
+
 } // namespace tarvo::kernel::fe
 
 namespace tarvo::kernel {
@@ -641,11 +718,16 @@ void init_fe_module() {
     add_entity_catalog(fe::g_module.get());
     add_undo_participant(fe::g_module.get());
     fe::register_fe_commands();
+    if (!fe::g_watcher)
+        fe::g_watcher = new fe::GeometryWatcher();
+    fe::g_watcher->register_observer();
 }
 
 void shutdown_fe_module() {
     if (!fe::g_module)
         return;
+    delete fe::g_watcher; // unregisters it
+    fe::g_watcher = nullptr;
     remove_undo_participant(fe::g_module.get());
     remove_entity_catalog(fe::g_module.get());
     fe::g_module.reset();

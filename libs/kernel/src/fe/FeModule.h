@@ -114,6 +114,8 @@ public:
     bool sideset_add(int id, const std::vector<int>& surfaces, int wrt_volume);
     bool set_name(const std::string& type, int id, const std::string& name); // nodeset, sideset
     bool remove(const std::string& type, const std::vector<int>& ids);
+    // Geometry (dim, old_id) became new_id; 0: it was deleted and leaves every container.
+    void follow_geometry(int dim, int old_id, int new_id);
 
     // ---- Reading, from the live mesh ---------------------------------------------------------
     // The dimension of what the block holds, or of its element type; -1 when it is empty.
