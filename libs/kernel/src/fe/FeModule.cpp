@@ -8,6 +8,7 @@
 #include "tarvo/TIObserve.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 namespace tarvo::kernel::fe {
@@ -446,21 +447,42 @@ std::vector<int> FeModule::nodes(const NodeSet& set, bool inclusive) {
 std::vector<Side> FeModule::sides(const SideSet& set) {
     std::vector<Side> out;
     const mesh::MeshState& s = mesh_state();
+    using Key = std::array<int, 4>; // sorted corners, a triangle's padded with 0
+    const auto key_of = [](const int* corners, const std::vector<int>& local, int n) {
+        Key key{0, 0, 0, 0};
+        for (int i = 0; i < n; ++i)
+            key[i] = corners[local.empty() ? i : local[i]];
+        // Insertion sort: at most four corners (std::sort over a run of unknown length trips
+        // GCC's array-bounds analysis).
+        for (int i = 1; i < n; ++i)
+            for (int j = i; j > 0 && key[j - 1] > key[j]; --j)
+                std::swap(key[j - 1], key[j]);
+        return key;
+    };
     for (const auto& [surface, wrt] : set.surfaces) {
         const mesh::MeshPiece* face_piece = s.piece({2, surface});
         if (!face_piece || !model().exists(GeomKind::Surface, surface))
             continue;
-        // The surface's faces by their sorted corners.
-        std::set<std::vector<int>> faces;
+        // The surface's faces by their sorted corners, and its nodes, so that an element side
+        // is looked up only when its first corner is on the surface.
+        std::set<Key> faces;
+        std::set<int> on_surface;
         for (const auto& b : face_piece->blocks) {
             const int n = mesh::info(b.kind).nodes;
             for (int e = 0; e < b.count(); ++e) {
-                std::vector<int> key(b.conn.begin() + e * n, b.conn.begin() + (e + 1) * n);
-                std::sort(key.begin(), key.end());
-                faces.insert(std::move(key));
+                faces.insert(key_of(b.conn.data() + e * n, {}, n));
+                on_surface.insert(b.conn.begin() + e * n, b.conn.begin() + (e + 1) * n);
             }
         }
-        std::vector<int> volumes =
+        const int lowest = on_surface.empty() ? 0 : *on_surface.begin();
+        std::vector<bool> marked(on_surface.empty() ? 0 : *on_surface.rbegin() - lowest + 1);
+        for (int node : on_surface)
+            marked[node - lowest] = true;
+        const auto on = [&](int node) {
+            return node >= lowest && node - lowest < static_cast<int>(marked.size()) &&
+                   marked[node - lowest];
+        };
+        const std::vector<int> volumes =
             wrt ? std::vector<int>{wrt}
                 : model().relatives(GeomKind::Surface, surface, GeomKind::Volume);
         for (int v : volumes) {
@@ -473,11 +495,11 @@ std::vector<Side> FeModule::sides(const SideSet& set) {
                 for (int e = 0; e < b.count(); ++e) {
                     const int* corners = b.conn.data() + e * n;
                     for (size_t side = 0; side < topo.faces.size(); ++side) {
-                        std::vector<int> key;
-                        for (int local : topo.faces[side])
-                            key.push_back(corners[local]);
-                        std::sort(key.begin(), key.end());
-                        if (faces.count(key))
+                        const auto& local = topo.faces[side];
+                        if (!std::all_of(local.begin(), local.end(),
+                                         [&](int l) { return on(corners[l]); }))
+                            continue;
+                        if (faces.count(key_of(corners, local, static_cast<int>(local.size()))))
                             out.push_back({b.kind, b.first_id + e, static_cast<int>(side)});
                     }
                 }
