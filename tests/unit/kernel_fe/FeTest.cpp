@@ -210,7 +210,11 @@ TEST_F(FeTest, ExportFileRules) {
         files += entry.is_regular_file();
     EXPECT_EQ(files, 1);
 
-    // A block whose type does not fit its elements is refused and leaves nothing.
+    // An element in two blocks, or a block whose type does not fit its elements, is refused
+    // and leaves nothing.
+    run("block 3 add hex 1");
+    EXPECT_NE(rejected("export mesh 'b.e'").find("two blocks"), std::string::npos);
+    run("delete block 3");
     run("block 2 add quad in surface 1");
     run("block 2 element type TRI3");
     EXPECT_NE(rejected("export mesh 'b.e'").find("TRI3"), std::string::npos);

@@ -511,7 +511,8 @@ std::vector<Side> FeModule::sides(const SideSet& set) {
 
 bool FeModule::layout(Layout& out, std::string& why) const {
     out = {};
-    std::set<std::pair<ElemKind, int>> seen;
+    // Per kind, a flag per element id: a million elements are checked without a tree.
+    std::array<std::vector<bool>, mesh::kElemKindCount> seen;
     for (const auto& [id, block] : state_.blocks) {
         const auto elems = elements(*block);
         LaidOutBlock laid{block.get(), type_of(*block), ElemKind::Hex, {}};
@@ -525,12 +526,17 @@ bool FeModule::layout(Layout& out, std::string& why) const {
                       "block of their own";
                 return false;
             }
-            for (int e : ids)
-                if (!seen.insert({kind, e}).second) {
+            auto& flags = seen[static_cast<int>(kind)];
+            for (int e : ids) {
+                if (e >= static_cast<int>(flags.size()))
+                    flags.resize(std::max<size_t>(e + 1, flags.size() * 2));
+                if (flags[e]) {
                     why = std::string(mesh::info(kind).word) + " " + std::to_string(e) +
                           " is in two blocks";
                     return false;
                 }
+                flags[e] = true;
+            }
             laid.elements = ids;
         }
         out.element_count += static_cast<int>(laid.elements.size());
