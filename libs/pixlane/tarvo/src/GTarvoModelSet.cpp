@@ -68,7 +68,9 @@ struct Piece {
     std::array<vtkSmartPointer<vtkPolyData>, kRoleCount> data;
     std::array<RoleLook, kRoleCount> look;
     std::uintptr_t mesh_stamp = 0;
-    long version = 0; // the data was replaced
+    long version = 0;    // the data was replaced
+    long styled = -1;    // the version the look was last applied to
+    long look_stamp = 0; // the look was applied again
 };
 
 // What the kernel's state says each piece looks like; compared after each command to learn
@@ -173,6 +175,7 @@ struct GTarvoModelSet::Impl {
     struct ViewActors {
         std::array<vtkSmartPointer<vtkActor>, kRoleCount> actors;
         long version = -1;
+        long look_stamp = -1;
     };
     struct ViewEntry {
         std::weak_ptr<GView> view;
@@ -180,7 +183,6 @@ struct GTarvoModelSet::Impl {
         unsigned long tag = 0;
         vtkSmartPointer<vtkCallbackCommand> callback;
         std::map<PieceKey, ViewActors> actors;
-        long look_version = -1;
     };
 
     explicit Impl(GTarvoModelSet& owner) : owner(owner), observer(*this) {
@@ -196,7 +198,6 @@ struct GTarvoModelSet::Impl {
     std::set<Entity> highlights;
     bool structure = true, all_dirty = true, pending = true, in_command = false;
     Look drawn;
-    long look_version = 0;
     std::vector<ViewEntry> views;
 
     // ---- Marking -----------------------------------------------------------------------------
@@ -408,13 +409,23 @@ struct GTarvoModelSet::Impl {
         return look;
     }
 
-    // Fills each piece's cell colours and role looks from `look`.
-    void apply(const Look& look) {
+    // Fills the cell colours and role looks of the pieces that are new or look different from
+    // `before`: refilling a colour array makes every view upload the piece again.
+    void apply(const Look& look, const Look& before) {
+        const bool all = look.mode != before.mode || look.mesh_on != before.mesh_on ||
+                         look.geometry_on != before.geometry_on;
         const bool shaded = look.mode != 1 && look.mode != 2;
         const bool wire = look.mode == 1;
         const Rgb highlight = to_rgb({kHighlight[0], kHighlight[1], kHighlight[2], 1});
         for (auto& [key, piece] : pieces) {
-            const auto& [visible, colours] = look.pieces.at(key);
+            const auto& now = look.pieces.at(key);
+            const auto was = before.pieces.find(key);
+            if (!all && piece.styled == piece.version && was != before.pieces.end() &&
+                was->second == now)
+                continue;
+            piece.styled = piece.version;
+            ++piece.look_stamp;
+            const auto& [visible, colours] = now;
             // Shaded, the curves outline the surfaces; otherwise they carry the colours.
             std::vector<Rgb> line_colours = colours;
             if (shaded)
@@ -492,9 +503,9 @@ struct GTarvoModelSet::Impl {
                 build_mesh(piece);
                 ++piece.version;
             }
-        drawn = compute_look();
-        apply(drawn);
-        ++look_version;
+        Look look = compute_look();
+        apply(look, drawn);
+        drawn = std::move(look);
         dirty_pieces.clear();
         structure = all_dirty = pending = false;
     }
@@ -510,11 +521,10 @@ struct GTarvoModelSet::Impl {
                     renderer->RemoveActor(actor);
             return true;
         });
-        const bool looks_changed = entry.look_version != look_version;
         for (const auto& [key, piece] : pieces) {
             ViewActors& va = entry.actors[key];
             const bool rebuilt = va.version != piece.version;
-            if (!rebuilt && !looks_changed)
+            if (!rebuilt && va.look_stamp == piece.look_stamp)
                 continue;
             for (int role = 0; role < kRoleCount; ++role) {
                 vtkSmartPointer<vtkActor>& actor = va.actors[role];
@@ -536,8 +546,8 @@ struct GTarvoModelSet::Impl {
                     style(*actor, piece.look[role], role, renderer);
             }
             va.version = piece.version;
+            va.look_stamp = piece.look_stamp;
         }
-        entry.look_version = look_version;
         renderer->ResetCameraClippingRange();
     }
 
