@@ -38,7 +38,9 @@ void mesh_by_hand(MeshModule& m, const std::set<int>& with_tris = {}) {
     }
     auto pos = [&](int id) { return *m.state().node_position(id); };
     for (int c : model.ids(GeomKind::Curve)) {
-        const std::vector<int> ends = m.boundary(1, c);
+        std::vector<int> ends = m.boundary(1, c);
+        if (ends.size() == 1) // a closed curve starts and ends at its one vertex
+            ends.push_back(ends[0]);
         const Point3 a = pos(at_vertex[ends[0]]), b = pos(at_vertex[ends[1]]);
         NewMesh nm;
         nm.nodes.push_back({(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2});
