@@ -204,6 +204,14 @@ TEST_F(FeTest, ExportFileRules) {
     run("block 1 name 'renamed'");
     run("export mesh 'a.e' overwrite");
     EXPECT_EQ(TI::get_block_ids("a.e"), std::vector<int>{1});
+    // Files the library cannot take are refused by us, whatever the length of their names (the
+    // library's own message overruns its buffer on a long one).
+    const std::string long_name(250, 'x');
+    EXPECT_NE(rejected("export mesh '" + long_name + "'").find("cannot create"), std::string::npos);
+    std::ofstream("text.e") << "not exodus";
+    EXPECT_TRUE(TI::get_block_ids("text.e").empty());
+    EXPECT_TRUE(TI::get_block_ids(long_name).empty());
+    std::filesystem::remove("text.e");
     // Only the finished file is left beside it.
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(session.dir()))

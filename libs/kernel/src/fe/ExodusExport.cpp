@@ -10,7 +10,10 @@
 #include "tarvo/TarvoInterface.h"
 
 #include <exodusII.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <ctime>
@@ -44,18 +47,26 @@ private:
     std::vector<char*> pointers_;
 };
 
+// The Exodus library formats the file name into a fixed buffer when it cannot create or open a
+// file, and a long name overruns it (the process aborts). So we create the file ourselves, with
+// our own message on failure, and hand the library the short name of our descriptor.
 class ExodusFile {
 public:
     explicit ExodusFile(const std::string& path) {
+        fd = ::open(path.c_str(), O_CREAT | O_TRUNC | O_RDWR | O_CLOEXEC, 0666);
+        if (fd < 0)
+            throw std::runtime_error("cannot create '" + path + "': " + std::strerror(errno));
         int cpu_word = 8, io_word = 8;
-        id = ex_create(path.c_str(), EX_CLOBBER, &cpu_word, &io_word);
+        id = ex_create(descriptor_path(fd).c_str(), EX_CLOBBER, &cpu_word, &io_word);
         if (id < 0)
-            throw std::runtime_error("cannot create '" + path + "'");
+            throw std::runtime_error("the Exodus library cannot create '" + path + "'");
         check(ex_set_max_name_length(id, kNameLength), "the name length");
     }
     ~ExodusFile() {
         if (id >= 0)
             ex_close(id);
+        if (fd >= 0)
+            ::close(fd);
     }
     void close() {
         const int rc = ex_close(id);
@@ -63,6 +74,9 @@ public:
         check(rc, "the end of the file");
     }
     int id = -1;
+
+private:
+    int fd = -1;
 };
 
 void write_qa_and_info(int exo) {

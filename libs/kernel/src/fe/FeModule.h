@@ -160,6 +160,12 @@ private:
 FeModule* fe_module();
 void register_fe_commands();
 
+// "/proc/self/fd/<fd>": a short name of an open file, for libraries that copy names into fixed
+// buffers.
+inline std::string descriptor_path(int fd) {
+    return "/proc/self/fd/" + std::to_string(fd);
+}
+
 // "volume 3", "hex 12", "node 4".
 std::string describe(const Member& m);
 // Whether the member exists in the live model.
