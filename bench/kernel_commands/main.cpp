@@ -18,6 +18,7 @@
 //
 //   bench_kernel_commands [--boxes 1000] [--booleans 100] [--rounds 3]
 
+#include "../BenchSupport.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
@@ -45,11 +46,7 @@
 
 namespace {
 
-class QuietHandler : public TarvoMessageHandler {
-public:
-    void print_message(const char*) override {}
-    void print_error(const char* text) override { std::fprintf(stderr, "%s", text); }
-};
+using namespace bench;
 
 double cpu_now() {
     timespec ts{};
@@ -76,14 +73,6 @@ Timing seconds(const std::function<void()>& setup, const std::function<void()>& 
             best = {wall, c1 - c0};
     }
     return best;
-}
-
-bool kernel(const std::string& line) {
-    if (!TarvoInterface::silent_cmd(line.c_str())) {
-        std::fprintf(stderr, "command failed: %s\n", line.c_str());
-        std::exit(1);
-    }
-    return true;
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 //
 //   bench_meshing [--sizes 0.09,0.04] [--hex 100]
 
+#include "../BenchSupport.h"
 #include "core/SessionState.h"
 #include "core/Undo.h"
 #include "geometry/GeometryModule.h"
@@ -33,26 +34,9 @@
 
 namespace {
 
+using namespace bench;
+
 namespace km = tarvo::kernel::mesh;
-
-class QuietHandler : public TarvoMessageHandler {
-public:
-    void print_message(const char*) override {}
-    void print_error(const char* text) override { std::fprintf(stderr, "%s", text); }
-};
-
-void kernel(const std::string& line) {
-    if (!TarvoInterface::silent_cmd(line.c_str())) {
-        std::fprintf(stderr, "command failed: %s\n", line.c_str());
-        std::exit(1);
-    }
-}
-
-template <class F> double seconds(F&& work) {
-    const auto t0 = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
 
 // Plain Gmsh on volume 1's shape: the same OpenCASCADE solid, the same size, one generate(3).
 size_t gmsh_elements(double size, bool hexes, int intervals, double& time) {

@@ -11,6 +11,7 @@
 //
 //   bench_quality [--count 1000000] [--metric "Scaled Jacobian"] [--jitter 0.2] [--repeats 5]
 
+#include "../BenchSupport.h"
 #include "mesh/Quality.h"
 
 #include <algorithm>
@@ -26,16 +27,7 @@ namespace mesh = tarvo::kernel::mesh;
 
 namespace {
 
-template <class F> double best_seconds(int repeats, F&& work) {
-    double best = 1e300;
-    for (int r = 0; r < repeats; ++r) {
-        const auto t0 = std::chrono::steady_clock::now();
-        work();
-        const auto t1 = std::chrono::steady_clock::now();
-        best = std::min(best, std::chrono::duration<double>(t1 - t0).count());
-    }
-    return best;
-}
+using namespace bench;
 
 std::vector<mesh::Point3> jittered_hexes(std::size_t count, double jitter) {
     static const int kCorner[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},

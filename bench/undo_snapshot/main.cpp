@@ -13,6 +13,7 @@
 //
 //   bench_undo_snapshot [--sizes 250,1000,4000] [--repeats 20]
 
+#include "../BenchSupport.h"
 #include "core/SessionState.h"
 #include "core/Undo.h"
 #include "geometry/GeometryModule.h"
@@ -34,29 +35,7 @@
 
 namespace {
 
-class QuietHandler : public TarvoMessageHandler {
-public:
-    void print_message(const char*) override {}
-    void print_error(const char* text) override { std::fprintf(stderr, "%s", text); }
-};
-
-void kernel(const std::string& line) {
-    if (!TarvoInterface::silent_cmd(line.c_str())) {
-        std::fprintf(stderr, "command failed: %s\n", line.c_str());
-        std::exit(1);
-    }
-}
-
-template <class F> double best_seconds(int repeats, F&& work) {
-    double best = 1e300;
-    for (int r = 0; r < repeats; ++r) {
-        const auto t0 = std::chrono::steady_clock::now();
-        work();
-        const auto t1 = std::chrono::steady_clock::now();
-        best = std::min(best, std::chrono::duration<double>(t1 - t0).count());
-    }
-    return best;
-}
+using namespace bench;
 
 } // namespace
 
