@@ -131,6 +131,13 @@ TEST_F(ListCommandTest, EntitiesOfABoxShowTheirMeasuresTopologyAndLook) {
     for (double v : p)
         EXPECT_EQ(std::abs(v), 1.0) << vertex["Coordinates"];
     EXPECT_TRUE(vertex["Curves"].starts_with("3 (")) << vertex["Curves"];
+
+    EXPECT_EQ(list_one("list volume 1")["Mesh"], "not meshed");
+    run("volume 1 interval 4");
+    run("mesh volume 1");
+    EXPECT_EQ(list_one("list volume 1")["Mesh"], "64 HEX8 elements, 125 nodes");
+    EXPECT_EQ(list_one("list curve 1")["Scheme"], "equal, 4 intervals (HARD)");
+    EXPECT_EQ(list_one("list surface 1")["Mesh"], "16 QUAD4 elements, 25 nodes");
 }
 
 TEST_F(ListCommandTest, CurvedEntitiesAndTheDigitsSetting) {

@@ -71,6 +71,29 @@ void box_field(std::string& text, const std::string& type, int id) {
               number(b[4]) + ", z " + number(b[6]) + " to " + number(b[7]));
 }
 
+// How the entity is or will be meshed: its scheme and sizing, and its mesh when it has one.
+void mesh_fields(std::string& text, const std::string& type, int id) {
+    std::string sizing = ti::get_mesh_scheme(type, id) + ", ";
+    if (type == "curve") {
+        sizing += std::to_string(ti::get_mesh_intervals(type, id)) + " intervals (" +
+                  ti::get_mesh_interval_firmness(type, id) + ")";
+    } else {
+        sizing += "size " + number(ti::get_mesh_size(type, id)) + " (" +
+                  ti::get_mesh_size_type(type, id) + ")";
+    }
+    field(text, "Scheme", sizing);
+    if (!ti::is_meshed(type, id)) {
+        field(text, "Mesh", "not meshed");
+        return;
+    }
+    const int elements = type == "volume"    ? ti::get_volume_element_count(id)
+                         : type == "surface" ? ti::get_surface_element_count(id)
+                                             : static_cast<int>(ti::get_curve_edges(id).size());
+    field(text, "Mesh",
+          std::to_string(elements) + " " + ti::get_mesh_element_type(type, id) + " elements, " +
+              std::to_string(ti::get_geometry_node_count(type, id)) + " nodes");
+}
+
 void look_fields(std::string& text, const std::string& type, int id) {
     const std::array<double, 4> c = ti::get_entity_color(type, id);
     std::string colour = number(c[0]) + " " + number(c[1]) + " " + number(c[2]);
@@ -110,6 +133,7 @@ std::string list_volume(int id) {
     field(text, "Surfaces", count_and_ids(ti::get_relatives("volume", id, "surface")));
     field(text, "Curves", count_and_ids(ti::get_relatives("volume", id, "curve")));
     field(text, "Vertices", count_and_ids(ti::get_relatives("volume", id, "vertex")));
+    mesh_fields(text, "volume", id);
     look_fields(text, "volume", id);
     return text;
 }
@@ -124,6 +148,7 @@ std::string list_surface(int id) {
     field(text, "Body", id_or_none(ti::get_owning_body("surface", id)));
     field(text, "Curves", count_and_ids(ti::get_relatives("surface", id, "curve")));
     box_field(text, "surface", id);
+    mesh_fields(text, "surface", id);
     look_fields(text, "surface", id);
     return text;
 }
@@ -140,6 +165,7 @@ std::string list_curve(int id) {
     const std::vector<int> surfaces = ti::get_relatives("curve", id, "surface");
     field(text, "Surfaces", surfaces.empty() ? "none (free curve)" : count_and_ids(surfaces));
     field(text, "Body", id_or_none(ti::get_owning_body("curve", id)));
+    mesh_fields(text, "curve", id);
     look_fields(text, "curve", id);
     return text;
 }
