@@ -109,6 +109,10 @@ std::string describe(const Member& m) {
         return std::string(kDimWords[std::clamp(m.dim, 0, 3)]) + " " + std::to_string(m.id);
     case Member::Type::Element:
         return std::string(mesh::info(m.kind).word) + " " + std::to_string(m.id);
+    case Member::Type::Body:
+        return "body " + std::to_string(m.id);
+    case Member::Type::Group:
+        return "group " + std::to_string(m.id);
     case Member::Type::Node:
         break;
     }
@@ -121,6 +125,10 @@ bool member_exists(const Member& m) {
         return model().exists(mesh::kind_of_dim(m.dim), m.id);
     case Member::Type::Element:
         return mesh_state().find_element(m.kind, m.id).has_value();
+    case Member::Type::Body:
+        return model().exists(GeomKind::Body, m.id);
+    case Member::Type::Group:
+        return g_module && g_module->state().groups.count(m.id) != 0;
     case Member::Type::Node:
         break;
     }
@@ -549,7 +557,7 @@ bool FeModule::layout(Layout& out, std::string& why) const {
 // -------------------------------------------------------------------------------
 
 bool FeModule::handles(std::string_view type) const {
-    return type == "block" || type == "nodeset" || type == "sideset";
+    return type == "block" || type == "nodeset" || type == "sideset" || type == "group";
 }
 
 std::vector<int> FeModule::all_ids(std::string_view type) const {
@@ -559,6 +567,8 @@ std::vector<int> FeModule::all_ids(std::string_view type) const {
         return keys_of(state_.nodesets);
     if (type == "sideset")
         return keys_of(state_.sidesets);
+    if (type == "group")
+        return keys_of(state_.groups);
     return {};
 }
 
@@ -569,11 +579,15 @@ bool FeModule::exists(std::string_view type, int id) const {
         return state_.nodesets.count(id) != 0;
     if (type == "sideset")
         return state_.sidesets.count(id) != 0;
+    if (type == "group")
+        return state_.groups.count(id) != 0;
     return false;
 }
 
 std::vector<int> FeModule::relatives(std::string_view source_type, int id,
                                      std::string_view target_type) const {
+    if (source_type == "group")
+        return group_relatives(id, target_type);
     std::set<int> out;
     const auto geometry_dim = [](std::string_view t) {
         for (int d = 0; d < 4; ++d)
@@ -615,6 +629,8 @@ std::string FeModule::name_of(std::string_view type, int id) const {
         return state_.nodesets.at(id)->name;
     if (type == "sideset" && state_.sidesets.count(id))
         return state_.sidesets.at(id)->name;
+    if (type == "group" && state_.groups.count(id))
+        return state_.groups.at(id)->name;
     return {};
 }
 
@@ -647,6 +663,17 @@ void FeModule::restore_state(const UndoSnapshot& snapshot) {
     diff("block", before.blocks, saved.blocks);
     diff("nodeset", before.nodesets, saved.nodesets);
     diff("sideset", before.sidesets, saved.sidesets);
+    using TarvoInterface::TIObserve;
+    for (const auto& [id, piece] : before.groups)
+        if (!saved.groups.count(id))
+            events().emit(&TIObserve::notify_group_deleted, id);
+    for (const auto& [id, piece] : saved.groups) {
+        const auto it = before.groups.find(id);
+        if (it == before.groups.end())
+            events().emit(&TIObserve::notify_group_created, id);
+        else if (it->second != piece)
+            events().emit(&TIObserve::notify_group_modified, id);
+    }
 }
 
 void FeModule::clear_state() {
@@ -658,6 +685,8 @@ void FeModule::clear_state() {
         emit_modified("nodeset", id, "deleted");
     for (const auto& [id, s] : before.sidesets)
         emit_modified("sideset", id, "deleted");
+    for (const auto& [id, g] : before.groups)
+        events().emit(&TarvoInterface::TIObserve::notify_group_deleted, id);
 }
 
 // ---- Following the geometry
@@ -670,6 +699,8 @@ void FeModule::follow_geometry(int dim, int old_id, int new_id) {
         for (Member m : members) {
             if (m.type == Member::Type::Geometry)
                 m.id = map(m.dim, m.id);
+            else if (m.type == Member::Type::Body)
+                m.id = map(4, m.id);
             if (m.id != 0 && std::find(out.begin(), out.end(), m) == out.end())
                 out.push_back(m);
         }
@@ -686,6 +717,13 @@ void FeModule::follow_geometry(int dim, int old_id, int new_id) {
         auto copy = std::make_shared<NodeSet>(*piece);
         if (rewrite(copy->members))
             piece = copy;
+    }
+    for (auto& [id, piece] : state_.groups) {
+        auto copy = std::make_shared<Group>(*piece);
+        if (rewrite(copy->members)) {
+            piece = copy;
+            events().emit(&TarvoInterface::TIObserve::notify_group_modified, id);
+        }
     }
     for (auto& [id, piece] : state_.sidesets) {
         auto copy = std::make_shared<SideSet>(*piece);
@@ -711,6 +749,7 @@ namespace {
 // state back itself, so events of a restore are not followed.
 class GeometryWatcher : public TarvoInterface::TIObserve {
 public:
+    void notify_body_deleted(int id) override { follow(4, id, 0); }
     void notify_volume_deleted(int id) override { follow(3, id, 0); }
     void notify_surface_deleted(int id) override { follow(2, id, 0); }
     void notify_free_surface_deleted(int id) override { follow(2, id, 0); }
@@ -720,7 +759,7 @@ public:
     void notify_free_vertex_deleted(int id) override { follow(0, id, 0); }
     void notify_id_changed(const std::string& type, int old_id, int new_id) override {
         const auto kind = parse_kind(type);
-        const int dim = kind ? mesh::dim_of_kind(*kind) : -1;
+        const int dim = !kind ? -1 : *kind == GeomKind::Body ? 4 : mesh::dim_of_kind(*kind);
         if (dim >= 0)
             follow(dim, old_id, new_id);
     }
@@ -746,6 +785,7 @@ void init_fe_module() {
     add_entity_catalog(fe::g_module.get());
     add_undo_participant(fe::g_module.get());
     fe::register_fe_commands();
+    fe::register_group_commands();
     if (!fe::g_watcher)
         fe::g_watcher = new fe::GeometryWatcher();
     fe::g_watcher->register_observer();

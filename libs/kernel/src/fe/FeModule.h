@@ -1,7 +1,8 @@
 #pragma once
 // The finite-element model: element blocks, node sets and side sets, the containers a solver
-// reads from the exported mesh, and their hooks into the session (entity catalog for block,
-// nodeset and sideset; undo participant "fe"; commands; Exodus II export).
+// reads from the exported mesh, groups (named collections of anything, for the user), and their
+// hooks into the session (entity catalog for group, block, nodeset and sideset; undo participant
+// "fe"; commands; Exodus II export).
 //
 // Contract
 // - Containers hold geometry, not elements, where they can: a block of volume 1 takes volume 1's
@@ -16,6 +17,9 @@
 // - Ids are positive; stored entities that have since gone are skipped when read.
 // - Global (export) element ids number the blocks' elements 1..N, blocks in ascending id order,
 //   each block's elements in the order they are written to the file (layout()).
+// - Groups hold any mix of geometry (bodies included), mesh entities and other groups, never
+//   themselves through any chain; names are unique among groups, ids follow the kernel's rule
+//   (highest ever used plus one). Group changes emit group_created/modified/deleted.
 //
 // Threading: kernel thread only.
 
@@ -33,9 +37,10 @@ namespace tarvo::kernel::fe {
 
 using mesh::ElemKind;
 
-// An entity a container lists: a geometry entity (dim 0..3, kind unused) or a mesh element.
+// An entity a container lists: a geometry entity (dim 0..3, kind unused), a mesh element or node,
+// or (groups only) a body or a group.
 struct Member {
-    enum class Type : unsigned char { Geometry, Element, Node } type = Type::Geometry;
+    enum class Type : unsigned char { Geometry, Element, Node, Body, Group } type = Type::Geometry;
     int dim = 0;                   // geometry: 0 vertex .. 3 volume
     ElemKind kind = ElemKind::Hex; // element
     int id = 0;
@@ -64,10 +69,18 @@ struct SideSet {
     std::vector<std::pair<int, int>> surfaces;
 };
 
+struct Group {
+    int id = 0;
+    std::string name;
+    std::vector<Member> members; // in the order added
+};
+
 struct FeState {
     std::map<int, std::shared_ptr<const Block>> blocks;
     std::map<int, std::shared_ptr<const NodeSet>> nodesets;
     std::map<int, std::shared_ptr<const SideSet>> sidesets;
+    std::map<int, std::shared_ptr<const Group>> groups;
+    int group_max_id = 0; // highest group id ever given, so a deleted group's id is not reused
 };
 
 // Element types a block may be given, one row per name.
@@ -115,7 +128,24 @@ public:
     bool set_name(const std::string& type, int id, const std::string& name); // nodeset, sideset
     bool remove(const std::string& type, const std::vector<int>& ids);
     // Geometry (dim, old_id) became new_id; 0: it was deleted and leaves every container.
+    // Dimension 4 stands for a body (only groups hold bodies).
     void follow_geometry(int dim, int old_id, int new_id);
+
+    // ---- Groups (FeGroups.cpp) -----------------------------------------------------------------
+    // The new group's id, or 0 (with an error) when the name is taken or empty.
+    int group_create(const std::string& name);
+    // Every member must exist, and a group may not end up inside itself.
+    bool group_add(int id, const std::vector<Member>& members);
+    bool group_remove(int id, const std::vector<Member>& members);
+    // Deleted groups also leave the groups that held them.
+    bool group_delete(const std::vector<int>& ids);
+    void group_raise_max_id(int id);
+    int group_by_name(const std::string& name) const; // 0: none
+    // Entities of `target` in the group or any group inside it ("volume in group 2"); bodies
+    // count with their volumes.
+    std::vector<int> group_relatives(int id, std::string_view target) const;
+    // Groups that list `m` directly.
+    std::vector<int> groups_holding(const Member& m) const;
 
     // ---- Reading, from the live mesh ---------------------------------------------------------
     // The dimension of what the block holds, or of its element type; -1 when it is empty.
@@ -159,6 +189,7 @@ private:
 // The live module between init_fe_module() and shutdown_fe_module(); null otherwise.
 FeModule* fe_module();
 void register_fe_commands();
+void register_group_commands(); // FeGroups.cpp
 
 // "/proc/self/fd/<fd>": a short name of an open file, for libraries that copy names into fixed
 // buffers.

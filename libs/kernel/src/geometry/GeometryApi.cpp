@@ -211,6 +211,20 @@ double get_total_volume(const std::vector<int>& volume_list) {
 }
 
 std::string get_entity_name(const std::string& entity_type, int entity_id, bool name_only) {
+    // Containers (groups, blocks, sets) are named by the module that owns them.
+    if (!tk::parse_kind(entity_type)) {
+        return query("get_entity_name", std::string(), [&] {
+            const std::string type = tk::canonical_entity_type(entity_type);
+            const tk::EntityCatalog* c = tk::catalog_for(type);
+            if (!c || !c->exists(type, entity_id))
+                return std::string();
+            std::string name = c->name_of(type, entity_id);
+            if (name.empty() && !name_only)
+                name = static_cast<char>(std::toupper(static_cast<unsigned char>(type[0]))) +
+                       type.substr(1) + " " + std::to_string(entity_id);
+            return name;
+        });
+    }
     return on_entity("get_entity_name", entity_type, entity_id, std::string(), [&](GeomKind kind) {
         std::string name = model()->name_of(kind, entity_id);
         if (name.empty() && !name_only) {
