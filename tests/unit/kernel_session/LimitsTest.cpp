@@ -176,7 +176,6 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
     const struct {
         std::string line, planned, topic;
     } cases[] = {
-        {"grou 'g' add vol 1", "group", "group"},
         {"save as 'a.tvo'", "save as", "save as"},
         {"open 'a.tvo'", "open", "open"},
         {"create force on surface 1", "create force", "create force"},
