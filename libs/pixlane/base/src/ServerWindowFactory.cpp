@@ -1,5 +1,6 @@
 #include <pixlane/ServerWindowFactory.h>
 
+#include <pixlane/EglDisplay.h>
 #include <pixlane/GView.h>
 #include <tarvo_util/TarvoAppLogger.h>
 
@@ -8,7 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
+#include <utility>
 
 #include <vtkAutoInit.h>
 #include <vtkCallbackCommand.h>
@@ -28,40 +29,6 @@ std::atomic<int> live_context_count{0};
 // framebuffer objects of the window's size and reads pixels back from those.
 constexpr EGLint pbuffer_side = 16;
 
-bool has_extension(const char* list, const char* name) {
-    if (!list)
-        return false;
-    const std::size_t length = std::strlen(name);
-    for (const char* p = std::strstr(list, name); p; p = std::strstr(p + 1, name))
-        if ((p == list || p[-1] == ' ') && (p[length] == ' ' || p[length] == '\0'))
-            return true;
-    return false;
-}
-
-const EGLint config_attributes[] = {EGL_SURFACE_TYPE,
-                                    EGL_PBUFFER_BIT,
-                                    EGL_RENDERABLE_TYPE,
-                                    EGL_OPENGL_BIT,
-                                    EGL_RED_SIZE,
-                                    8,
-                                    EGL_GREEN_SIZE,
-                                    8,
-                                    EGL_BLUE_SIZE,
-                                    8,
-                                    EGL_ALPHA_SIZE,
-                                    8,
-                                    EGL_DEPTH_SIZE,
-                                    24,
-                                    EGL_NONE};
-
-const EGLint context_attributes[] = {EGL_CONTEXT_MAJOR_VERSION,
-                                     3,
-                                     EGL_CONTEXT_MINOR_VERSION,
-                                     2,
-                                     EGL_CONTEXT_OPENGL_PROFILE_MASK,
-                                     EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
-                                     EGL_NONE};
-
 } // namespace
 
 struct ServerWindowFactory::Display {
@@ -69,62 +36,11 @@ struct ServerWindowFactory::Display {
     EGLConfig config = nullptr;
     std::string description;
 
-    // Initialises the display and checks that it has our config and can make our context.
-    bool try_display(EGLDisplay candidate) {
-        if (candidate == EGL_NO_DISPLAY || !eglInitialize(candidate, nullptr, nullptr))
-            return false;
-        EGLint count = 0;
-        EGLConfig found = nullptr;
-        if (eglBindAPI(EGL_OPENGL_API) &&
-            eglChooseConfig(candidate, config_attributes, &found, 1, &count) && count == 1) {
-            EGLContext probe =
-                eglCreateContext(candidate, found, EGL_NO_CONTEXT, context_attributes);
-            if (probe != EGL_NO_CONTEXT) {
-                eglDestroyContext(candidate, probe);
-                display = candidate;
-                config = found;
-                return true;
-            }
-        }
-        eglTerminate(candidate);
-        return false;
-    }
-
     void open() {
-        const auto get_platform_display = reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(
-            eglGetProcAddress("eglGetPlatformDisplayEXT"));
-        if (!get_platform_display) {
-            description = "EGL has no eglGetPlatformDisplayEXT";
-            return;
-        }
-        // A GPU's own EGL device first; Mesa also lists its software rasteriser as a device, which
-        // the surfaceless platform below gives us anyway.
-        const auto query_devices =
-            reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
-        const auto query_device_string = reinterpret_cast<PFNEGLQUERYDEVICESTRINGEXTPROC>(
-            eglGetProcAddress("eglQueryDeviceStringEXT"));
-        EGLDeviceEXT devices[16];
-        EGLint device_count = 0;
-        if (query_devices && query_device_string && query_devices(16, devices, &device_count)) {
-            for (EGLint i = 0; i < device_count; ++i) {
-                const char* extensions = query_device_string(devices[i], EGL_EXTENSIONS);
-                if (has_extension(extensions, "EGL_MESA_device_software"))
-                    continue;
-                if (try_display(
-                        get_platform_display(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr))) {
-                    const char* vendor = eglQueryString(display, EGL_VENDOR);
-                    description =
-                        std::string("EGL device of ") + (vendor ? vendor : "unknown vendor");
-                    return;
-                }
-            }
-        }
-        if (try_display(get_platform_display(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY,
-                                             nullptr))) {
-            description = "Mesa surfaceless";
-            return;
-        }
-        description = "no EGL display with an RGBA8, depth 24, OpenGL 3.2 core pbuffer config";
+        EglDisplayChoice choice = open_egl_display(false);
+        display = choice.display;
+        config = choice.config;
+        description = std::move(choice.description);
     }
 };
 
@@ -205,8 +121,8 @@ bool ServerWindowFactory::core_initialize_window(const std::shared_ptr<GView>& v
     window->display = display_->display;
     window->view = view;
     eglBindAPI(EGL_OPENGL_API);
-    window->context =
-        eglCreateContext(display_->display, display_->config, EGL_NO_CONTEXT, context_attributes);
+    window->context = eglCreateContext(display_->display, display_->config, EGL_NO_CONTEXT,
+                                       egl_view_context_attributes);
     if (window->context == EGL_NO_CONTEXT) {
         TarvoAppLogger::app_log_error("Graphics: eglCreateContext failed for view " +
                                       std::to_string(view->view_id()));
