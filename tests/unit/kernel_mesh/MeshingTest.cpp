@@ -456,6 +456,21 @@ TEST_F(MeshingTest, SmoothingMovesOnlyInnerNodesAndNeverWorsensUnderCondition) {
         if (TarvoInterface::get_geometry_owner("node", n) != "volume 1")
             boundary[n] = node(n);
     const double before = worst_scaled_jacobian(1);
+    {
+        // The elements below a threshold, and a group of them when asked.
+        double mn = 0, mx = 0, mean = 0, sd = 0;
+        int imin = 0, imax = 0, group = 0;
+        std::vector<int> bad;
+        std::string type;
+        TarvoInterface::get_quality_stats("volume", {1}, "Scaled Jacobian", 0.5, false, 0, 0, mn,
+                                          mx, mean, sd, imin, imax, bad, type, group, true);
+        ASSERT_FALSE(bad.empty());
+        for (int t : bad)
+            EXPECT_LT(TarvoInterface::get_quality_value("tet", t, "scaled jacobian"), 0.5);
+        ASSERT_GT(group, 0);
+        EXPECT_EQ(TarvoInterface::parse_tarvo_list("tet", "in group " + std::to_string(group)),
+                  bad);
+    }
     const auto inner = TarvoInterface::get_volume_nodes(1).size() - boundary.size();
     ASSERT_GT(inner, 10u);
 

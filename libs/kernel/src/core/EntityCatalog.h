@@ -5,6 +5,7 @@
 //
 // Threading: called on the kernel thread only, from inside commands and queries.
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,5 +52,13 @@ void set_entity_catalog(EntityCatalog* catalog);
 
 // The catalog answering for `type`, or nullptr.
 EntityCatalog* catalog_for(std::string_view type);
+
+// Groups belong to a module above the mesh; a module below that must make one (the group of the
+// bad elements that quality statistics may ask for) goes through this hook, which the module that
+// owns groups sets from its init and clears at its shutdown.
+using GroupMaker = std::function<int(const std::string& type, const std::vector<int>& ids)>;
+void set_group_maker(GroupMaker maker);
+// A new group holding the entities; its id, or 0 when no module makes groups.
+int make_group(const std::string& type, const std::vector<int>& ids);
 
 } // namespace tarvo::kernel

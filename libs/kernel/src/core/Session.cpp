@@ -216,6 +216,21 @@ void set_entity_catalog(EntityCatalog* catalog) {
     add_entity_catalog(catalog);
 }
 
+namespace {
+GroupMaker& group_maker() {
+    static GroupMaker maker;
+    return maker;
+}
+} // namespace
+
+void set_group_maker(GroupMaker maker) {
+    group_maker() = std::move(maker);
+}
+
+int make_group(const std::string& type, const std::vector<int>& ids) {
+    return group_maker() ? group_maker()(type, ids) : 0;
+}
+
 EntityCatalog* catalog_for(std::string_view type) {
     for (EntityCatalog* catalog : state().catalogs) {
         if (catalog->handles(type)) {

@@ -6,6 +6,7 @@
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
 #include "tarvo/TIObserve.h"
+#include "tarvo/TarvoInterface.h"
 
 #include <algorithm>
 #include <array>
@@ -789,11 +790,18 @@ void init_fe_module() {
     if (!fe::g_watcher)
         fe::g_watcher = new fe::GeometryWatcher();
     fe::g_watcher->register_observer();
+    set_group_maker([](const std::string& type, const std::vector<int>& ids) {
+        const int group = TarvoInterface::create_new_group();
+        if (group > 0)
+            TarvoInterface::add_entities_to_group(group, ids, type);
+        return group;
+    });
 }
 
 void shutdown_fe_module() {
     if (!fe::g_module)
         return;
+    set_group_maker(nullptr);
     delete fe::g_watcher; // unregisters it
     fe::g_watcher = nullptr;
     remove_undo_participant(fe::g_module.get());

@@ -5,6 +5,7 @@
 // Threading: kernel thread only.
 
 #include "core/Command.h"
+#include "core/EntityCatalog.h"
 #include "core/EntityList.h"
 #include "core/Guard.h"
 #include "core/Session.h"
@@ -211,8 +212,9 @@ void get_quality_stats(const std::string& entity_type, const std::vector<int>& i
             if (bad)
                 mesh_list.push_back(best->ids[i]);
         }
-        if (make_group)
-            tarvo::kernel::warning("groups are not built in this kernel yet: no group was made");
+        // Groups live in a module above this one: core's hook makes it.
+        if (make_group && !mesh_list.empty())
+            bad_group_id = tarvo::kernel::make_group(element_type, mesh_list);
         return true;
     });
 }
