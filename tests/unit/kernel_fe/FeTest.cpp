@@ -33,16 +33,7 @@ protected:
     void run(const std::string& line) {
         ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
     }
-    std::string rejected(const std::string& line) {
-        output->take();
-        const int before = TI::get_error_count();
-        EXPECT_FALSE(TI::cmd(line.c_str())) << line;
-        EXPECT_EQ(TI::get_error_count(), before + 1) << line;
-        for (const auto& l : output->take())
-            if (l.is_error)
-                return l.text;
-        return {};
-    }
+    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
     // A 10-unit box meshed 2 x 2 x 2: 8 hexes, 27 nodes, 4 quads and 9 nodes a side.
     void meshed_box() {
         run("create box 10");

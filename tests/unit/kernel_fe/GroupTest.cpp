@@ -30,16 +30,7 @@ protected:
     void run(const std::string& line) {
         ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
     }
-    std::string rejected(const std::string& line) {
-        output->take();
-        const int before = TI::get_error_count();
-        EXPECT_FALSE(TI::cmd(line.c_str())) << line;
-        EXPECT_EQ(TI::get_error_count(), before + 1) << line;
-        for (const auto& l : output->take())
-            if (l.is_error)
-                return l.text;
-        return {};
-    }
+    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
     // Every group with its direct members, to compare before and after.
     static std::string dump() {
         std::string out;

@@ -47,16 +47,7 @@ protected:
         ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
     }
     // Runs a command that must fail with one error; answers the error text.
-    std::string rejected(const std::string& line) {
-        output->take();
-        const int before = TarvoInterface::get_error_count();
-        EXPECT_FALSE(TarvoInterface::cmd(line.c_str())) << line;
-        EXPECT_EQ(TarvoInterface::get_error_count(), before + 1) << line;
-        for (const auto& l : output->take())
-            if (l.is_error)
-                return l.text;
-        return {};
-    }
+    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
 
 public:
     static Point node(int id) { return TarvoInterface::get_nodal_coordinates(id); }
