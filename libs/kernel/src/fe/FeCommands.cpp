@@ -98,19 +98,25 @@ bool block_command(Cursor& c) {
     return fe.block_attribute(id, index, value, name);
 }
 
+// The start the set commands share: `<type> <id> name '<text>'` is done here (Named, or Failed),
+// and `<type> <id> add` is left to the caller (Add).
+enum class SetHead { Failed, Named, Add };
+SetHead set_head(Cursor& c, const char* type, int& id) {
+    int verb = -1;
+    if (!read_id(c, type, id) || !c.choice({"add", "name"}, verb))
+        return SetHead::Failed;
+    if (verb == 0)
+        return SetHead::Add;
+    std::string name;
+    if (!c.string(name, true) || !c.expect_end() || !fe_module()->set_name(type, id, name))
+        return SetHead::Failed;
+    return SetHead::Named;
+}
+
 bool nodeset_command(Cursor& c) {
     int id = 0;
-    if (!read_id(c, "nodeset", id))
-        return false;
-    int verb = -1;
-    if (!c.choice({"add", "name"}, verb))
-        return false;
-    if (verb == 1) {
-        std::string name;
-        if (!c.string(name, true) || !c.expect_end())
-            return false;
-        return fe_module()->set_name("nodeset", id, name);
-    }
+    if (const SetHead head = set_head(c, "nodeset", id); head != SetHead::Add)
+        return head == SetHead::Named;
     std::vector<Member> members;
     if (!read_members(c, members) || !c.expect_end())
         return false;
@@ -119,17 +125,8 @@ bool nodeset_command(Cursor& c) {
 
 bool sideset_command(Cursor& c) {
     int id = 0;
-    if (!read_id(c, "sideset", id))
-        return false;
-    int verb = -1;
-    if (!c.choice({"add", "name"}, verb))
-        return false;
-    if (verb == 1) {
-        std::string name;
-        if (!c.string(name, true) || !c.expect_end())
-            return false;
-        return fe_module()->set_name("sideset", id, name);
-    }
+    if (const SetHead head = set_head(c, "sideset", id); head != SetHead::Add)
+        return head == SetHead::Named;
     std::vector<Member> members;
     if (!read_members(c, members))
         return false;
