@@ -30,6 +30,12 @@ void init_mesh_module();
 void shutdown_mesh_module();
 void init_fe_module();
 void shutdown_fe_module();
+void init_bc_module();
+void shutdown_bc_module();
+void init_exchange_module();
+void shutdown_exchange_module();
+void init_diagnostics_module();
+void shutdown_diagnostics_module();
 
 } // namespace tarvo::kernel
 
@@ -43,9 +49,15 @@ void init_modules() {
     init_listing_module();
     init_mesh_module();
     init_fe_module();
+    init_bc_module();
+    init_exchange_module();
+    init_diagnostics_module();
 }
 
 void shutdown_modules() {
+    shutdown_diagnostics_module();
+    shutdown_exchange_module();
+    shutdown_bc_module();
     shutdown_fe_module();
     shutdown_mesh_module();
     shutdown_view_module();
