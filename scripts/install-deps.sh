@@ -11,7 +11,7 @@ packages=(
   libexodusii-dev libnetcdf-dev
   libvtk9-dev libegl-dev libegl-mesa0 libgl1-mesa-dri
   libgtest-dev libgmock-dev
-  python3 python3-websockets python3-pytest python3-netcdf4
+  python3 python3-websockets python3-pytest python3-netcdf4 python3-numpy python3-pil python3-lz4
 )
 
 # Extra packages for one task (scripts/fuzz.sh asks for clang) come as arguments.
