@@ -1,5 +1,6 @@
 #include "monitors/EntityMonitor.h"
 
+#include "monitors/ExodusMonitor.h"
 #include "monitors/GeometryMonitor.h"
 
 #include "tarvo/TarvoInterface.h"
@@ -126,10 +127,16 @@ std::unique_ptr<DataMonitor> create_monitor(int code, int id) {
         return std::make_unique<CurveMonitor>(id);
     case vertex_code:
         return std::make_unique<VertexMonitor>(id);
+    case block_code:
+        return std::make_unique<BlockMonitor>(id);
+    case sideset_code:
+        return std::make_unique<SidesetMonitor>(id);
+    case nodeset_code:
+        return std::make_unique<NodesetMonitor>(id);
     default:
-        // Exodus sets (5-7), boundary conditions (8-18), materials (19) and boundary layers (20)
-        // get their monitors with those families; until then their keys are stored and produce
-        // no data, like a body's.
+        // Boundary conditions (8-18), materials (19) and boundary layers (20) get their monitors
+        // with those families; until then their keys are stored and produce no data, like a
+        // body's.
         return nullptr;
     }
 }

@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 namespace TI = TarvoInterface;
 
@@ -218,6 +219,138 @@ TEST_F(FeTest, ExportFileRules) {
     run("block 2 element type TRI3");
     EXPECT_NE(rejected("export mesh 'b.e'").find("TRI3"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists("b.e"));
+}
+
+// What containers hold and how entities are known in the file: children, descriptions, the
+// sense of a merged surface taken from one side or both, element types and ids by global id.
+TEST_F(FeTest, ChildrenSenseAndExportIds) {
+    run("create box 10");
+    run("create box 10");
+    run("move volume 2 by 10 0 0");
+    run("merge all");
+    run("volume all interval 2");
+    run("mesh volume all");
+    const auto in1 = TI::parse_tarvo_list("surface", "in volume 1");
+    const auto in2 = TI::parse_tarvo_list("surface", "in volume 2");
+    int shared = 0;
+    for (int s : in1)
+        if (std::find(in2.begin(), in2.end(), s) != in2.end())
+            shared = s;
+    ASSERT_GT(shared, 0);
+    run("block 1 add volume 1");
+    run("block 2 add volume 2");
+    run("block 2 description 'the right box'");
+    run("nodeset 5 add vertex 1 node 3");
+    run("sideset 1 add surface " + std::to_string(shared));
+    run("sideset 2 add surface " + std::to_string(shared) + " wrt volume 1");
+    run("sideset 3 add surface " + std::to_string(shared) + " wrt volume 2");
+
+    std::vector<int> groups{9}, nodes, spheres, edges, tris, faces, pyramids, tets, hexes, wedges,
+        volumes, surfaces, curves, vertices;
+    TI::get_block_children(2, groups, nodes, spheres, edges, tris, faces, pyramids, tets, hexes,
+                           wedges, volumes, surfaces, curves, vertices);
+    EXPECT_TRUE(groups.empty());
+    EXPECT_EQ(hexes, TI::get_block_hexes(2));
+    EXPECT_EQ(hexes.size(), 8u);
+    EXPECT_EQ(nodes.size(), 27u);
+    EXPECT_EQ(volumes, std::vector<int>{2});
+    TI::get_nodeset_children(5, nodes, volumes, surfaces, curves, vertices);
+    EXPECT_EQ(nodes, std::vector<int>{3});
+    EXPECT_EQ(vertices, std::vector<int>{1});
+    TI::get_sideset_children(1, faces, surfaces, curves);
+    EXPECT_EQ(faces.size(), 4u);
+    EXPECT_EQ(surfaces, std::vector<int>{shared});
+
+    EXPECT_EQ(TI::get_exodus_entity_description("block", 2), "the right box");
+    EXPECT_EQ(TI::get_exodus_entity_type("block", 2), "HEX8");
+    EXPECT_EQ(TI::get_exodus_entity_type("sideset", 1), "QUAD4");
+    EXPECT_EQ(TI::get_exodus_entity_type("block", 9), "");
+    EXPECT_EQ(TI::get_block_count(), 2);
+    EXPECT_EQ(TI::get_exodus_element_count(1, "sideset"), 8); // both sides of 4 quads
+
+    EXPECT_EQ(TI::get_entity_sense("surface", shared, 1), "both");
+    const std::string one = TI::get_entity_sense("surface", shared, 2);
+    const std::string other = TI::get_entity_sense("surface", shared, 3);
+    EXPECT_TRUE(one == "forward" || one == "reverse") << one;
+    EXPECT_TRUE(other == "forward" || other == "reverse") << other;
+    EXPECT_NE(one, other);
+    EXPECT_EQ(TI::get_entity_sense("surface", in1[0] == shared ? in1[1] : in1[0], 1), "");
+
+    // Global ids 9..16 are block 2's hexes; nodes are written under their own ids.
+    const int hex = TI::get_block_hexes(2)[0];
+    const int global = TI::get_exodus_id("hex", hex);
+    EXPECT_GE(global, 9);
+    EXPECT_EQ(TI::get_element_block(global), 2);
+    EXPECT_EQ(TI::get_element_type(global), "HEX8");
+    EXPECT_EQ(TI::get_element_type_id(global), TI::get_element_type_id(1));
+    EXPECT_EQ(TI::get_element_type(17), "");
+    EXPECT_EQ(TI::get_exodus_id("sideset", 3), 3);
+    EXPECT_EQ(TI::get_exodus_id("nodeset", 4), 0);
+    const int node = TI::get_connectivity("hex", hex)[0];
+    EXPECT_EQ(TI::get_node_global_id(node), node);
+    run("delete block 1 2");
+    EXPECT_EQ(TI::get_node_global_id(node), 0);
+    EXPECT_EQ(TI::get_node_global_id(3), 3); // still in nodeset 5
+}
+
+TEST_F(FeTest, LastIdsAndSignatures) {
+    meshed_box();
+    run("create box 1");
+    run("block 4 add volume 2");
+    run("block 4 name 'small'");
+    const struct {
+        const char* type;
+        int last;
+    } cases[] = {{"volume", 2}, {"surface", 12}, {"hex", 8},     {"node", 27},
+                 {"block", 4},  {"group", 0},    {"sideset", 0}, {"wombat", 0}};
+    for (const auto& c : cases)
+        EXPECT_EQ(TI::get_last_id(c.type), c.last) << c.type;
+    EXPECT_EQ(TI::get_idless_signature("volume", 2), "volume at 0 0 0");
+    EXPECT_EQ(TI::get_idless_signature("block", 4), "block with name 'small'");
+    EXPECT_EQ(TI::get_idless_signatures("volume", {1, 3}), "volume at 0 0 0; ");
+    // Hexes by their centres: eight different ones, at +-2.5.
+    std::set<std::string> hexes;
+    for (int h = 1; h <= 8; ++h) {
+        hexes.insert(TI::get_idless_signature("hex", h));
+        EXPECT_EQ(TI::get_idless_signature("hex", h).rfind("hex at 2.5 ", 0) == 0 ||
+                      TI::get_idless_signature("hex", h).rfind("hex at -2.5 ", 0) == 0,
+                  true)
+            << TI::get_idless_signature("hex", h);
+    }
+    EXPECT_EQ(hexes.size(), 8u);
+}
+
+// The times and variable names of a result file, written here as a solver would.
+TEST_F(FeTest, ResultFileTimesAndVariables) {
+    int cpu = 8, io = 8;
+    const int exo = ex_create("result.e", EX_CLOBBER, &cpu, &io);
+    ASSERT_GE(exo, 0);
+    ex_set_max_name_length(exo, 80);
+    ASSERT_GE(ex_put_init(exo, "result", 3, 1, 0, 0, 0, 0), 0);
+    const std::string long_name = "displacement_magnitude_of_a_name_longer_than_thirty_two";
+    std::vector<std::string> nodal{"temperature", long_name};
+    char* nodal_names[] = {nodal[0].data(), nodal[1].data()};
+    std::string energy = "energy";
+    char* global_names[] = {energy.data()};
+    ASSERT_GE(ex_put_variable_param(exo, EX_NODAL, 2), 0);
+    ASSERT_GE(ex_put_variable_names(exo, EX_NODAL, 2, nodal_names), 0);
+    ASSERT_GE(ex_put_variable_param(exo, EX_GLOBAL, 1), 0);
+    ASSERT_GE(ex_put_variable_names(exo, EX_GLOBAL, 1, global_names), 0);
+    for (int step = 1; step <= 3; ++step) {
+        const double t = 0.25 * step;
+        ASSERT_GE(ex_put_time(exo, step, &t), 0);
+    }
+    ex_close(exo);
+
+    EXPECT_EQ(TI::get_all_exodus_times("result.e"), (std::vector<double>{0.25, 0.5, 0.75}));
+    EXPECT_EQ(TI::get_all_exodus_variable_names("result.e", "node"), nodal);
+    EXPECT_EQ(TI::get_all_exodus_variable_names("result.e", "Global"),
+              std::vector<std::string>{"energy"});
+    EXPECT_TRUE(TI::get_all_exodus_variable_names("result.e", "element").empty());
+    EXPECT_TRUE(TI::get_all_exodus_variable_names("result.e", "bogus").empty());
+    std::ofstream("text.e") << "not exodus";
+    for (const char* file : {"text.e", "missing.e"})
+        EXPECT_TRUE(TI::get_all_exodus_times(file).empty()) << file;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "MonitorTestSupport.h"
 
 #include "monitors/EntityMonitor.h"
+#include "monitors/ExodusMonitor.h"
 #include "monitors/GeometryMonitor.h"
 
 #include <QStringList>
@@ -72,10 +73,16 @@ TEST(CreateMonitor, CodesWithoutAMonitorBuildNothing) {
     // Bodies and unknown names are stored as keys but never produce data.
     for (int code : {-1, 0, 21, 1000})
         EXPECT_EQ(create_monitor(code, 1), nullptr) << code;
-    // Exodus sets, boundary conditions, materials and boundary layers have no monitor class in
-    // this build yet; when they do, this expectation turns into one like the geometry test.
-    for (int code = 5; code <= 20; ++code)
+    // Boundary conditions, materials and boundary layers have no monitor class in this build
+    // yet; when they do, this expectation turns into one like the geometry test.
+    for (int code = 8; code <= 20; ++code)
         EXPECT_EQ(create_monitor(code, 1), nullptr) << code;
+}
+
+TEST(CreateMonitor, ExodusSetCodesBuildTheirMonitors) {
+    EXPECT_NE(dynamic_cast<BlockMonitor*>(create_monitor(5, 1).get()), nullptr);
+    EXPECT_NE(dynamic_cast<SidesetMonitor*>(create_monitor(6, 1).get()), nullptr);
+    EXPECT_NE(dynamic_cast<NodesetMonitor*>(create_monitor(7, 1).get()), nullptr);
 }
 
 // An entity monitor whose existence the test decides, to exercise the sending rule alone.

@@ -45,7 +45,7 @@ protected:
         factory.resize(view.get(), kWidth, kHeight);
         view->renderer()->SetBackground(0, 0, 0);
         set = std::make_unique<GTarvoModelSet>();
-        set->add_view(view);
+        view->set_model_set(set.get());
     }
     void TearDown() override {
         set.reset();

@@ -14,6 +14,7 @@
 //
 // Threading: kernel thread only, like the rest of the kernel.
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -49,5 +50,25 @@ std::uintptr_t mesh_stamp(const std::string& type, int id);
 // The named drawing set ("" is the one of the `draw` command): while it is not empty, views draw
 // only its entities.
 std::vector<std::pair<std::string, int>> drawing_set(const std::string& name);
+
+// Every entity type that the pick filter can hold.
+const std::vector<std::string>& pickable_types();
+
+// What a pick in a view did to the selection: replace it (`mode` 0), add to it (1) or remove
+// from it (2), with the same events as the select command (highlighted / unhighlighted); an empty
+// list with mode 0 clears it. False when there is no session.
+bool select_entities(const std::vector<std::pair<std::string, int>>& entities, int mode);
+
+// The camera of the view state, which the views share: focal point, position, up.
+struct ViewCamera {
+    std::array<double, 3> at{0, 0, 0};
+    std::array<double, 3> from{0, 0, 1};
+    std::array<double, 3> up{0, 1, 0};
+    bool operator==(const ViewCamera&) const = default;
+};
+// False (camera untouched) when there is no session.
+bool get_camera(ViewCamera& camera);
+// Moved by a view's input; no event (views compare the camera before each render).
+void set_camera(const ViewCamera& camera);
 
 } // namespace tarvo::graphics

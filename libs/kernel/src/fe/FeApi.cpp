@@ -14,12 +14,7 @@
 #include "mesh/MeshModule.h"
 #include "tarvo/TarvoInterface.h"
 
-#include <exodusII.h>
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 namespace tk = tarvo::kernel;
@@ -186,36 +181,6 @@ int get_block_id(const std::string& entity_type, int entity_id) {
             }
         }
         return 0;
-    });
-}
-
-// The file is opened by us and given to the library by its descriptor's short name: the
-// library formats the name into a fixed buffer when it cannot open a file, which a long name
-// overruns. Only netCDF files (classic or HDF5) are handed over at all.
-std::vector<int> get_block_ids(const std::string& mesh_geometry_file_name) {
-    return tk::guarded("get_block_ids", std::vector<int>{}, [&] {
-        std::vector<int> ids;
-        const int fd = ::open(mesh_geometry_file_name.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd < 0)
-            return ids;
-        char magic[4] = {};
-        const bool netcdf =
-            ::pread(fd, magic, 4, 0) == 4 &&
-            (std::memcmp(magic, "CDF", 3) == 0 || std::memcmp(magic, "\x89HDF", 4) == 0);
-        int cpu_word = 8, io_word = 0;
-        float version = 0;
-        const int exo = netcdf ? ex_open(fe::descriptor_path(fd).c_str(), EX_READ, &cpu_word,
-                                         &io_word, &version)
-                               : -1;
-        if (exo >= 0) {
-            ids.resize(
-                static_cast<size_t>(std::max<int64_t>(0, ex_inquire_int(exo, EX_INQ_ELEM_BLK))));
-            if (!ids.empty() && ex_get_ids(exo, EX_ELEM_BLOCK, ids.data()) < 0)
-                ids.clear();
-            ex_close(exo);
-        }
-        ::close(fd);
-        return ids;
     });
 }
 

@@ -4,10 +4,9 @@
 #include "core/Command.h"
 #include "core/Session.h"
 #include "fe/FeModule.h"
+#include "fe/MeshExport.h"
 #include "geometry/GeometryModule.h"
 #include "mesh/MeshModule.h"
-
-#include <filesystem>
 
 namespace tarvo::kernel::fe {
 
@@ -52,8 +51,9 @@ bool block_command(Cursor& c) {
     if (!read_id(c, "block", id))
         return false;
     int verb = -1;
-    if (!c.choice({"add", "remove", "element", "name", "attribute"}, verb))
-        return c.fail("expected add, remove, element type, name or attribute after 'block " +
+    if (!c.choice({"add", "remove", "element", "name", "attribute", "description"}, verb))
+        return c.fail("expected add, remove, element type, name, attribute or description after "
+                      "'block " +
                       std::to_string(id) + "'");
     FeModule& fe = *fe_module();
     if (verb <= 1) {
@@ -68,11 +68,11 @@ bool block_command(Cursor& c) {
             return false;
         return fe.block_element_type(id, type);
     }
-    if (verb == 3) {
-        std::string name;
-        if (!c.string(name, true) || !c.expect_end())
+    if (verb == 3 || verb == 5) {
+        std::string text;
+        if (!c.string(text, true) || !c.expect_end())
             return false;
-        return fe.block_name(id, name);
+        return verb == 3 ? fe.block_name(id, text) : fe.set_description("block", id, text);
     }
     int which = -1;
     if (!c.choice({"count", "index"}, which))
@@ -98,19 +98,21 @@ bool block_command(Cursor& c) {
     return fe.block_attribute(id, index, value, name);
 }
 
-// The start the set commands share: `<type> <id> name '<text>'` is done here (Named, or Failed),
-// and `<type> <id> add` is left to the caller (Add).
+// The start the set commands share: `<type> <id> name|description '<text>'` is done here (Named,
+// or Failed), and `<type> <id> add` is left to the caller (Add).
 enum class SetHead { Failed, Named, Add };
 SetHead set_head(Cursor& c, const char* type, int& id) {
     int verb = -1;
-    if (!read_id(c, type, id) || !c.choice({"add", "name"}, verb))
+    if (!read_id(c, type, id) || !c.choice({"add", "name", "description"}, verb))
         return SetHead::Failed;
     if (verb == 0)
         return SetHead::Add;
-    std::string name;
-    if (!c.string(name, true) || !c.expect_end() || !fe_module()->set_name(type, id, name))
+    std::string text;
+    if (!c.string(text, true) || !c.expect_end())
         return SetHead::Failed;
-    return SetHead::Named;
+    const bool ok = verb == 1 ? fe_module()->set_name(type, id, text)
+                              : fe_module()->set_description(type, id, text);
+    return ok ? SetHead::Named : SetHead::Failed;
 }
 
 bool nodeset_command(Cursor& c) {
@@ -155,34 +157,37 @@ CommandHandler delete_command(std::string type) {
 }
 
 bool export_mesh_command(Cursor& c) {
-    std::string path;
+    std::string path, word;
     if (!c.string(path, false))
         return c.fail("expected the file name in quotes");
+    if (c.keyword("format") && !c.string(word, true))
+        return c.fail("expected exodus, gmsh, vtu or abaqus after 'format'");
     const bool overwrite = c.keyword("overwrite");
     if (!c.expect_end())
         return false;
-    // Writing Exodus into a name that promises another format would mislead every reader.
-    const std::string ext = std::filesystem::path(path).extension().string();
-    for (const char* other : {".msh", ".vtk", ".vtu", ".inp"})
-        if (ext == other)
-            return c.fail("'" + ext + "' files are not built in this kernel yet: only Exodus II");
-    return fe_module()->export_exodus(path, overwrite);
+    const auto format = mesh_format(word, path);
+    if (!format)
+        return c.fail("unknown mesh format '" + word + "' (exodus, gmsh, vtu, abaqus)");
+    return fe_module()->export_mesh(path, overwrite, *format);
 }
 
 } // namespace
 
 void register_fe_commands() {
-    register_command({"block", block_command, true,
-                      "block <id> add|remove <list> | element type <type> | name '<text>' | "
-                      "attribute count <n> | attribute index <i> value <v> [name '<text>']"});
-    register_command({"nodeset", nodeset_command, true, "nodeset <id> add <list> | name '<text>'"});
-    register_command({"sideset", sideset_command, true,
-                      "sideset <id> add <surface list> [wrt volume <v>] | name '<text>'"});
+    register_command(
+        {"block", block_command, true,
+         "block <id> add|remove <list> | element type <type> | name|description '<text>' "
+         "| attribute count <n> | attribute index <i> value <v> [name '<text>']"});
+    register_command(
+        {"nodeset", nodeset_command, true, "nodeset <id> add <list> | name|description '<text>'"});
+    register_command(
+        {"sideset", sideset_command, true,
+         "sideset <id> add <surface list> [wrt volume <v>] | name|description '<text>'"});
     register_command({"delete block", delete_command("block"), true, "delete block <ids>"});
     register_command({"delete nodeset", delete_command("nodeset"), true, "delete nodeset <ids>"});
     register_command({"delete sideset", delete_command("sideset"), true, "delete sideset <ids>"});
-    register_command(
-        {"export mesh", export_mesh_command, false, "export mesh '<file>' [overwrite]"});
+    register_command({"export mesh", export_mesh_command, false,
+                      "export mesh '<file>' [format exodus|gmsh|vtu|abaqus] [overwrite]"});
 }
 
 } // namespace tarvo::kernel::fe

@@ -372,6 +372,36 @@ bool FeModule::set_name(const std::string& type, int id, const std::string& name
     return true;
 }
 
+namespace {
+template <class Map>
+bool describe_in(Map& map, const std::string& type, int id, const std::string& text) {
+    const auto it = map.find(id);
+    if (it == map.end())
+        return error(type + " " + std::to_string(id) + " does not exist");
+    using Piece = std::remove_const_t<typename Map::mapped_type::element_type>;
+    auto piece = std::make_shared<Piece>(*it->second);
+    piece->description = text;
+    it->second = piece;
+    return true;
+}
+} // namespace
+
+bool FeModule::set_description(const std::string& type, int id, const std::string& text) {
+    // Long enough for a paragraph, short enough that a runaway variable cannot bloat undo.
+    if (text.size() > 4096)
+        return error("a description holds at most 4096 characters; this one has " +
+                     std::to_string(text.size()));
+    const bool ok = type == "block"     ? describe_in(state_.blocks, type, id, text)
+                    : type == "nodeset" ? describe_in(state_.nodesets, type, id, text)
+                                        : describe_in(state_.sidesets, type, id, text);
+    if (!ok)
+        return false;
+    print(std::string(1, static_cast<char>(std::toupper(type[0]))) + type.substr(1) + " " +
+          std::to_string(id) + " description '" + text + "'");
+    emit_modified(type, id, "modified");
+    return true;
+}
+
 bool FeModule::remove(const std::string& type, const std::vector<int>& ids) {
     if (ids.empty())
         return error("no " + type + " to delete: the list is empty");
@@ -734,6 +764,7 @@ void init_fe_module() {
     add_undo_participant(fe::g_module.get());
     fe::register_fe_commands();
     fe::register_group_commands();
+    fe::register_fe_file_section();
     if (!fe::g_watcher)
         fe::g_watcher = new fe::GeometryWatcher();
     fe::g_watcher->register_observer();

@@ -36,6 +36,7 @@
 namespace tarvo::kernel::fe {
 
 using mesh::ElemKind;
+enum class MeshFormat; // MeshExport.h
 
 // An entity a container lists: a geometry entity (dim 0..3, kind unused), a mesh element or node,
 // or (groups only) a body or a group.
@@ -50,6 +51,7 @@ struct Member {
 struct Block {
     int id = 0;
     std::string name;
+    std::string description;
     std::string element_type; // "" until set: then the type follows the elements
     std::vector<Member> members;
     std::vector<double> attributes;
@@ -59,12 +61,14 @@ struct Block {
 struct NodeSet {
     int id = 0;
     std::string name;
+    std::string description;
     std::vector<Member> members; // geometry or nodes
 };
 
 struct SideSet {
     int id = 0;
     std::string name;
+    std::string description;
     // Surfaces, each with the volume its sides are taken from (0: every volume it bounds).
     std::vector<std::pair<int, int>> surfaces;
 };
@@ -126,6 +130,9 @@ public:
     bool nodeset_add(int id, const std::vector<Member>& members);
     bool sideset_add(int id, const std::vector<int>& surfaces, int wrt_volume);
     bool set_name(const std::string& type, int id, const std::string& name); // nodeset, sideset
+    // Free text for the user's notes (block, nodeset, sideset); not written to Exodus, which has
+    // no place for it.
+    bool set_description(const std::string& type, int id, const std::string& text);
     bool remove(const std::string& type, const std::vector<int>& ids);
     // Geometry (dim, old_id) became new_id; 0: it was deleted and leaves every container.
     // Dimension 4 stands for a body (only groups hold bodies).
@@ -165,8 +172,9 @@ public:
     // element kinds, or its elements are not of its element type, or an element is in two.
     bool layout(Layout& out, std::string& why) const;
 
-    // Writes Exodus II through a temporary file beside `path`, renamed at the end.
-    bool export_exodus(const std::string& path, bool overwrite);
+    // Writes the mesh in `format` through a temporary file beside `path`, renamed at the end
+    // (MeshExport.cpp).
+    bool export_mesh(const std::string& path, bool overwrite, MeshFormat format);
 
     // ---- EntityCatalog -------------------------------------------------------------------------
     bool handles(std::string_view type) const override;
@@ -175,6 +183,10 @@ public:
     std::vector<int> relatives(std::string_view source_type, int id,
                                std::string_view target_type) const override;
     std::string name_of(std::string_view type, int id) const override;
+
+    // The native file's open (FeFile.cpp): the loaded state in place of this one, with the
+    // deleted and created events.
+    void replace_state(const FeState& loaded);
 
     // ---- UndoParticipant -----------------------------------------------------------------------
     std::string participant_name() const override { return "fe"; }
@@ -189,7 +201,8 @@ private:
 // The live module between init_fe_module() and shutdown_fe_module(); null otherwise.
 FeModule* fe_module();
 void register_fe_commands();
-void register_group_commands(); // FeGroups.cpp
+void register_group_commands();  // FeGroups.cpp
+void register_fe_file_section(); // FeFile.cpp
 
 // "/proc/self/fd/<fd>": a short name of an open file, for libraries that copy names into fixed
 // buffers.

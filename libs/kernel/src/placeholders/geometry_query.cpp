@@ -18,8 +18,5 @@ STUB_VOID(get_periodic_data, (const std::string&, int, double&, std::string&, in
 STUB(get_node_constraint, (), bool)
 STUB(get_node_constraint_value, (), int)
 STUB(get_vertex_type, (int, int), std::string)
-STUB(get_block_count, (), int)
-STUB(get_sideset_count, (), int)
-STUB(get_nodeset_count, (), int)
 
 } // namespace TarvoInterface

@@ -9,10 +9,6 @@
 
 namespace TarvoInterface {
 
-STUB_ID(get_exodus_id, (const std::string&, int))
-STUB(get_element_type, (int), std::string)
-STUB_ID(get_element_type_id, (int))
-STUB_ID(get_node_global_id, (int))
 STUB(get_submap_corner_types, (int), std::vector<std::pair<int, int>>)
 
 } // namespace TarvoInterface

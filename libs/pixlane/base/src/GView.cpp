@@ -1,3 +1,5 @@
+#include <pixlane/GInteractorStyleBase.h>
+#include <pixlane/GModelSet.h>
 #include <pixlane/GView.h>
 
 #include <algorithm>
@@ -5,6 +7,8 @@
 
 #include <vtkCamera.h>
 #include <vtkCommand.h>
+#include <vtkGenericRenderWindowInteractor.h>
+#include <vtkInteractorStyle.h>
 #include <vtkNew.h>
 #include <vtkRenderWindow.h>
 #include <vtkRenderer.h>
@@ -19,9 +23,15 @@ std::vector<std::shared_ptr<GView>>& global_list() {
 
 } // namespace
 
-GView::GView() : renderer_(vtkSmartPointer<vtkRenderer>::New()) {}
+GView::GView(AppUtil* app) : app_(app), renderer_(vtkSmartPointer<vtkRenderer>::New()) {
+    interactor_ = vtkSmartPointer<vtkGenericRenderWindowInteractor>::New();
+    // The style asks the view for renders; the interactor must never draw on its own.
+    interactor_->EnableRenderOff();
+}
 
 GView::~GView() {
+    set_model_set(nullptr);
+    set_style(nullptr);
     set_render_window(nullptr);
 }
 
@@ -78,6 +88,11 @@ void GView::set_render_window(vtkRenderWindow* window) {
     window_ = window;
     if (window_)
         window_->AddRenderer(renderer_);
+    // The interactor finds the renderer under the cursor through the window; it is given the
+    // window without the window being told of it, so that the window never drives it.
+    interactor_->SetRenderWindow(window_);
+    if (window_)
+        window_->SetInteractor(nullptr);
 }
 
 vtkRenderWindow* GView::render_window() const {
@@ -143,7 +158,129 @@ bool GView::get_rgba_pixels(int width, int height, unsigned char* out) const {
 
 void GView::reset_camera() {
     renderer_->ResetCamera();
+    camera_moved();
     request_render();
+}
+
+void GView::camera_moved() {
+    if (model_set_)
+        model_set_->camera_moved(this);
+}
+
+void GView::set_model_set(GModelSet* model_set) {
+    if (model_set_ == model_set)
+        return;
+    GModelSet* old = model_set_;
+    model_set_ = nullptr;
+    if (old)
+        old->detach_view(this);
+    model_set_ = model_set;
+    if (model_set_)
+        model_set_->attach_view(this);
+}
+
+void GView::set_style(vtkInteractorStyle* style) {
+    if (style_ == style)
+        return;
+    if (auto* old = GInteractorStyleBase::SafeDownCast(style_))
+        old->set_view(nullptr);
+    if (style_)
+        style_->SetInteractor(nullptr);
+    style_ = style;
+    if (!style_)
+        return;
+    if (auto* base = GInteractorStyleBase::SafeDownCast(style_))
+        base->set_view(this);
+    // vtkInteractorObserver::SetInteractor observes the interactor's input events: this is how
+    // the invoke_* events reach the style's handlers.
+    style_->SetInteractor(interactor_);
+    style_->SetCurrentRenderer(renderer_);
+}
+
+vtkInteractorStyle* GView::get_style() const {
+    return style_;
+}
+
+bool GView::prepare_event(int x, int y, int modifiers, char key_code, int count,
+                          const char* key_sym) {
+    if (!window_ || !style_)
+        return false;
+    int width = 0, height = 0;
+    get_size(width, height);
+    interactor_->SetSize(width, height);
+    interactor_->SetEventInformation(x, height - 1 - y, (modifiers & PXUtil::kControl) ? 1 : 0,
+                                     (modifiers & PXUtil::kShift) ? 1 : 0, key_code, count,
+                                     key_sym);
+    interactor_->SetAltKey(0);
+    return true;
+}
+
+void GView::fire(unsigned long event) {
+    interactor_->InvokeEvent(event, nullptr);
+}
+
+void GView::invoke_keypress(int modifiers, char key_code, int count, const char* key_sym) {
+    const int* last = interactor_->GetEventPosition();
+    int width = 0, height = 0;
+    get_size(width, height);
+    if (!prepare_event(last[0], height - 1 - last[1], modifiers, key_code, count, key_sym))
+        return;
+    fire(vtkCommand::KeyPressEvent);
+    fire(vtkCommand::CharEvent);
+}
+
+void GView::invoke_keyrelease(int modifiers, char key_code, int count, const char* key_sym) {
+    const int* last = interactor_->GetEventPosition();
+    int width = 0, height = 0;
+    get_size(width, height);
+    if (!prepare_event(last[0], height - 1 - last[1], modifiers, key_code, count, key_sym))
+        return;
+    fire(vtkCommand::KeyReleaseEvent);
+}
+
+void GView::invoke_mouse_press(int x, int y, int modifiers, PXUtil::Button button) {
+    if (!prepare_event(x, y, modifiers))
+        return;
+    fire(button == PXUtil::Right    ? vtkCommand::RightButtonPressEvent
+         : button == PXUtil::Middle ? vtkCommand::MiddleButtonPressEvent
+                                    : vtkCommand::LeftButtonPressEvent);
+}
+
+void GView::invoke_mouse_release(int x, int y, int modifiers, PXUtil::Button button) {
+    if (!prepare_event(x, y, modifiers))
+        return;
+    fire(button == PXUtil::Right    ? vtkCommand::RightButtonReleaseEvent
+         : button == PXUtil::Middle ? vtkCommand::MiddleButtonReleaseEvent
+                                    : vtkCommand::LeftButtonReleaseEvent);
+}
+
+void GView::invoke_mouse_move(int x, int y, int modifiers) {
+    if (prepare_event(x, y, modifiers))
+        fire(vtkCommand::MouseMoveEvent);
+}
+
+void GView::invoke_mouse_wheel(bool forward, int x, int y, int modifiers) {
+    if (prepare_event(x, y, modifiers))
+        fire(forward ? vtkCommand::MouseWheelForwardEvent : vtkCommand::MouseWheelBackwardEvent);
+}
+
+void GView::invoke_enter() {
+    if (window_ && style_)
+        fire(vtkCommand::EnterEvent);
+}
+
+void GView::invoke_leave() {
+    if (window_ && style_)
+        fire(vtkCommand::LeaveEvent);
+}
+
+void GView::invoke_double_click(int x, int y) {
+    if (!prepare_event(x, y, 0))
+        return;
+    // VTK reports a double click as a press with a repeat count of one.
+    interactor_->SetRepeatCount(1);
+    fire(vtkCommand::LeftButtonDoubleClickEvent);
+    interactor_->SetRepeatCount(0);
 }
 
 std::array<double, 3> GView::get_focal_point() const {

@@ -1,12 +1,16 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <pixlane/GModelSet.h>
 
 class GView;
 
@@ -27,19 +31,52 @@ class GView;
 // Not drawn yet: labels, the preview, per-surface visibility inside a visible volume, and the
 // highlighting of mesh entities.
 //
+// Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
+// a view command (view at/from/up, view reset) moves every bound view's camera at its next render,
+// and a camera moved by input or reset_camera is written back to the kernel.
+//
+// Picking. Every cell drawn knows the entity it belongs to, so a pixel or an outline maps back to
+// kernel entities. A click picks the front-most geometry under the cursor (vertices and curves
+// within kPickTolerance pixels before faces), then the first of that entity, its volume and its
+// body that passes the kernel's pick filter; when select_occluded is set, or the kernel's
+// occlusion is off, the entities behind are tried too, front to back. An outline takes every
+// entity of a filtered type wholly inside it (partly, with the kernel's partial selection on),
+// hidden or not. Mesh entities are not picked yet.
+//
 // Threads: everything belongs to the kernel's thread, which is also the thread that renders
 // (the server's worker thread). Requires a live kernel session (TarvoInterface::init) for as long
 // as it exists; not copyable.
-class GTarvoModelSet {
+class GTarvoModelSet : public GModelSet {
 public:
+    using Entity = std::pair<std::string, int>;
+
     GTarvoModelSet();
-    ~GTarvoModelSet();
+    ~GTarvoModelSet() override;
     GTarvoModelSet(const GTarvoModelSet&) = delete;
     GTarvoModelSet& operator=(const GTarvoModelSet&) = delete;
 
-    // Draws the model into the view's renderer from its next render on. A view is added once.
-    void add_view(const std::shared_ptr<GView>& view);
-    void remove_view(const GView* view);
+    std::shared_ptr<AppUtil> app_util() const override;
+    // Through GView::set_model_set: draws the model into the view from its next render on.
+    void attach_view(GView* view) override;
+    void detach_view(GView* view) override;
+    void camera_moved(GView* view) override;
+
+    // Whether picks reach entities hidden behind others.
+    void set_select_occluded(bool on) { select_occluded_ = on; }
+    bool select_occluded() const { return select_occluded_; }
+
+    // What a click at display pixel (x, y) (y up from the bottom row) of the view picks, as
+    // described above; nothing when the pick lands on nothing the filter allows.
+    std::optional<Entity> pick(GView* view, int x, int y);
+    // Entities inside the closed outline (display pixels), in model order.
+    std::vector<Entity> pick_area(GView* view, const std::vector<std::array<double, 2>>& outline);
+    // The point of the front-most face under (x, y); false when there is none.
+    bool surface_point(GView* view, int x, int y, double point[3]);
+    // Draws the entity in kPreselect in that view only (nothing: none). Asks for a render when
+    // it changes.
+    void set_preselection(GView* view, std::optional<Entity> entity);
+
+    static constexpr double kPickTolerance = 5.0;
 
     // Brings the pieces up to date now (a render does this by itself).
     void update();
@@ -52,6 +89,8 @@ public:
 
     // Drawn over highlighted and selected entities.
     static constexpr double kHighlight[3] = {1.0, 0.85, 0.0};
+    // Drawn over the entity a click would pick.
+    static constexpr double kPreselect[3] = {0.2, 0.8, 1.0};
 
     struct Impl;
 
@@ -59,5 +98,6 @@ private:
     std::unique_ptr<Impl> impl_;
     long geometry_rebuilds_ = 0;
     long mesh_rebuilds_ = 0;
+    bool select_occluded_ = false;
     friend struct Impl;
 };
