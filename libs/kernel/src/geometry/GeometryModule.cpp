@@ -44,6 +44,7 @@ void init_geometry_module() {
     add_entity_catalog(g_module.get());
     add_undo_participant(g_module.get());
     register_geometry_commands();
+    register_geometry_file_section();
 }
 
 void shutdown_geometry_module() {

@@ -109,6 +109,7 @@ GeometryModule* geometry_module();
 void init_geometry_module();
 void shutdown_geometry_module();
 void register_geometry_commands();
+void register_geometry_file_section(); // GeometryFile.cpp
 
 // Runs `body`, turning any exception into one error line naming `what`; false on failure.
 bool guarded(const char* what, const std::function<bool()>& body);

@@ -101,6 +101,7 @@ public:
     int reserve_nodes(int count);
     // The id the next reserved node will get: no node has it or a higher one.
     int next_node_id() const { return next_node_; }
+    int next_element_id(ElemKind kind) const { return next_elem_[static_cast<int>(kind)]; }
     int reserve_elements(ElemKind kind, int count);
 
     std::optional<NodeRef> find_node(int id) const;

@@ -352,6 +352,7 @@ void init_mesh_module() {
     g_watcher->register_observer();
     init_sizing();
     register_mesh_commands();
+    register_mesh_file_sections();
 }
 
 void shutdown_mesh_module() {

@@ -96,6 +96,8 @@ GeomKind kind_of_dim(int dim);
 int dim_of_kind(GeomKind kind); // -1 for a body
 
 void register_mesh_commands();
+// The mesh's and the sizing's sections of the native file (MeshFile.cpp).
+void register_mesh_file_sections();
 
 } // namespace tarvo::kernel::mesh
 

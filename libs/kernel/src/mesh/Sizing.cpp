@@ -326,6 +326,28 @@ void set_trimesh_gradation(double gradation) {
         g_sizing->state.trimesh_gradation = gradation;
 }
 
+SizingContents sizing_contents() {
+    SizingContents out;
+    if (!g_sizing)
+        return out;
+    for (const auto& [key, record] : g_sizing->state.records)
+        out.records.emplace_back(key, *record);
+    out.tetmesh_growth = g_sizing->state.tetmesh_growth;
+    out.trimesh_gradation = g_sizing->state.trimesh_gradation;
+    return out;
+}
+
+void replace_sizing(const SizingContents& contents) {
+    if (!g_sizing)
+        return;
+    SizingState state;
+    for (const auto& [key, record] : contents.records)
+        state.records[key] = std::make_shared<const SizingRecord>(record);
+    state.tetmesh_growth = contents.tetmesh_growth;
+    state.trimesh_gradation = contents.trimesh_gradation;
+    g_sizing->state = std::move(state);
+}
+
 double auto_size(const std::vector<EntityKey>& keys, double factor) {
     return size_of_box(joint_box(keys), factor);
 }

@@ -86,6 +86,16 @@ bool curve_ends(int curve_id, int& first, int& last);
 // vertex when it has no bias). Empty when the curve does not exist.
 std::vector<double> interval_lengths(int curve_id);
 
+// Every record and the mesher settings, for the native file, and putting them back in place of
+// the present ones (no events: the geometry's events report the entities).
+struct SizingContents {
+    std::vector<std::pair<EntityKey, SizingRecord>> records;
+    double tetmesh_growth = kDefaultTetmeshGrowth;
+    double trimesh_gradation = kDefaultTrimeshGradation;
+};
+SizingContents sizing_contents();
+void replace_sizing(const SizingContents& contents);
+
 // Schemes: the words, and where each may be set.
 struct SchemeInfo {
     Scheme scheme;

@@ -545,6 +545,7 @@ void init_view_module() {
     }
     g_watcher->register_observer();
     register_view_commands();
+    register_view_file_section();
 }
 
 void shutdown_view_module() {

@@ -162,6 +162,7 @@ ViewState* view_state();
 void init_view_module();
 void shutdown_view_module();
 void register_view_commands();
+void register_view_file_section(); // ViewFile.cpp
 
 // Whether (type, id) exists according to the catalog that handles the type.
 bool entity_exists(const std::string& type, int id);
