@@ -84,7 +84,7 @@ bool keyword_matches(std::string_view token, std::string_view word) {
 
 // Index of the word that `token` names among `words`: an exact match wins, else the one word of
 // which it is a prefix of at least 3 letters. -1: none, -2: ambiguous.
-int match_word(std::string_view token, const std::vector<std::string_view>& words) {
+int match_word(std::string_view token, std::span<const std::string_view> words) {
     for (size_t i = 0; i < words.size(); ++i) {
         if (iequals(token, words[i])) {
             return static_cast<int>(i);
@@ -108,14 +108,23 @@ int match_word(std::string_view token, const std::vector<std::string_view>& word
 Cursor::Cursor(std::vector<Token> tokens_, size_t position_)
     : tokens(std::move(tokens_)), position(position_) {}
 
-void Cursor::expected(const std::string& what) {
+void Cursor::expected(std::string_view what, bool quoted) {
+    std::string& text = last_expectation;
+    text.assign("expected ");
+    if (quoted) {
+        text += '\'';
+    }
+    text += what;
+    if (quoted) {
+        text += '\'';
+    }
     if (at_end()) {
-        last_expectation = "expected " + what + " at the end of the line";
+        text += " at the end of the line";
     } else {
-        last_expectation = "expected " + what + ", found '" + tokens[position].text + "'";
+        text.append(", found '").append(tokens[position].text) += '\'';
     }
     if (position > 0) {
-        last_expectation += " after '" + tokens[position - 1].text + "'";
+        text.append(" after '").append(tokens[position - 1].text) += '\'';
     }
 }
 
@@ -125,27 +134,29 @@ bool Cursor::keyword(std::string_view word) {
         ++position;
         return true;
     }
-    expected("'" + std::string(word) + "'");
+    expected(word, true);
     return false;
 }
 
-bool Cursor::choice(const std::vector<std::string>& words, int& index) {
-    std::vector<std::string_view> views(words.begin(), words.end());
-    std::string alternatives;
-    for (size_t i = 0; i < words.size(); ++i) {
-        alternatives += (i == 0 ? "" : (i + 1 == words.size() ? " or " : ", ")) + words[i];
-    }
+bool Cursor::choice_of(const std::string_view* words, size_t count, int& index) {
+    const auto alternatives = [&] {
+        std::string text;
+        for (size_t i = 0; i < count; ++i) {
+            text.append(i == 0 ? "" : (i + 1 == count ? " or " : ", ")).append(words[i]);
+        }
+        return text;
+    };
     if (at_end() || tokens[position].quoted || tokens[position].comma) {
-        expected(alternatives);
+        expected(alternatives());
         return false;
     }
-    const int found = match_word(tokens[position].text, views);
+    const int found = match_word(tokens[position].text, {words, count});
     if (found == -2) {
-        last_expectation = "'" + tokens[position].text + "' is ambiguous: " + alternatives + "?";
+        last_expectation = "'" + tokens[position].text + "' is ambiguous: " + alternatives() + "?";
         return false;
     }
     if (found < 0) {
-        expected(alternatives);
+        expected(alternatives());
         return false;
     }
     index = found;
@@ -153,17 +164,21 @@ bool Cursor::choice(const std::vector<std::string>& words, int& index) {
     return true;
 }
 
+bool Cursor::choice(const std::vector<std::string>& words, int& index) {
+    const std::vector<std::string_view> views(words.begin(), words.end());
+    return choice_of(views.data(), views.size(), index);
+}
+
 bool Cursor::choice(std::initializer_list<std::string_view> words, int& index) {
-    return choice(std::vector<std::string>(words.begin(), words.end()), index);
+    return choice_of(words.begin(), words.size(), index);
 }
 
 bool Cursor::choice(std::initializer_list<std::string_view> words, std::string& word) {
-    const std::vector<std::string> list(words.begin(), words.end());
     int index = 0;
-    if (!choice(list, index)) {
+    if (!choice_of(words.begin(), words.size(), index)) {
         return false;
     }
-    word = list[static_cast<size_t>(index)];
+    word = words.begin()[index];
     return true;
 }
 

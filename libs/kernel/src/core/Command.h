@@ -119,7 +119,10 @@ public:
     const std::vector<Token>& all_tokens() const { return tokens; }
 
 private:
-    void expected(const std::string& what);
+    // Messages are written into the reused last_expectation: handlers try accessor after
+    // accessor, and most attempts fail, so a failure must not cost an allocation.
+    void expected(std::string_view what, bool quoted = false);
+    bool choice_of(const std::string_view* words, size_t count, int& index);
 
     std::vector<Token> tokens;
     size_t position = 0;

@@ -4,6 +4,7 @@
 
 #include "core/Command.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,7 @@ PlannedCommand planned_command(const std::vector<Token>& tokens);
 
 // Index of the word `token` names: exact match first, else unique prefix of >= 3 letters.
 // -1: none; -2: ambiguous.
-int match_word(std::string_view token, const std::vector<std::string_view>& words);
+int match_word(std::string_view token, std::span<const std::string_view> words);
 
 const std::vector<RegisteredCommand>& all_commands();
 void clear_commands();
