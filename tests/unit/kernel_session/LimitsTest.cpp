@@ -178,7 +178,6 @@ TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
     } cases[] = {
         {"save as 'a.tvo'", "save as", "save as"},
         {"open 'a.tvo'", "open", "open"},
-        {"create force on surface 1", "create force", "create force"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(rejected(c.line), "ERROR: '" + c.planned +

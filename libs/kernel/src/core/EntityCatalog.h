@@ -17,6 +17,9 @@ namespace tarvo::kernel {
 // Geometry: body volume surface curve vertex
 // Mesh:     node edge tri quad tet hex wedge pyramid sphere face
 // Containers: group block nodeset sideset
+// Analysis set-up: force pressure heatflux temperature convection displacement acceleration
+//   velocity constraint "contact region" "contact pair" cfd_bc material media boundary_layer
+//   coordinate_system
 const std::vector<std::string>& entity_type_words();
 
 class EntityCatalog {

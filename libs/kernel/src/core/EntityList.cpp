@@ -18,7 +18,13 @@ const std::vector<std::string>& entity_type_words() {
     static const std::vector<std::string> words = {"body",  "volume", "surface", "curve",  "vertex",
                                                    "node",  "edge",   "tri",     "quad",   "tet",
                                                    "hex",   "wedge",  "pyramid", "sphere", "face",
-                                                   "group", "block",  "nodeset", "sideset"};
+                                                   "group", "block",  "nodeset", "sideset",
+                                                   // the analysis set-up (module bc)
+                                                   "force", "pressure", "heatflux", "temperature",
+                                                   "convection", "displacement", "acceleration",
+                                                   "velocity", "constraint", "contact region",
+                                                   "contact pair", "cfd_bc", "material", "media",
+                                                   "boundary_layer", "coordinate_system"};
     return words;
 }
 

@@ -9,10 +9,6 @@
 
 namespace TarvoInterface {
 
-STUB(get_bc_id_list, (TI_BCTypes), std::vector<int>)
-STUB(get_bc_name, (TI_BCTypes, int), std::string)
-STUB(get_nodeset_id_list_for_bc, (TI_BCTypes, int), std::vector<int>)
-STUB(get_sideset_id_list_for_bc, (TI_BCTypes, int), std::vector<int>)
 STUB(get_copy_nodeset_on_geometry_copy_setting, (), std::string)
 STUB(get_copy_sideset_on_geometry_copy_setting, (), std::string)
 STUB(get_copy_block_on_geometry_copy_setting, (), std::string)
