@@ -48,11 +48,6 @@ int button_index(PXUtil::Button button) {
     return std::clamp(static_cast<int>(button), 1, 3) - 1;
 }
 
-bool is_click_pick(int f) {
-    return f == PXUtil::Select || f == PXUtil::AddSelect || f == PXUtil::EchoSelection ||
-           f == PXUtil::SelectAndEcho;
-}
-
 bool is_area_pick(int f) {
     return f == PXUtil::SelectBox || f == PXUtil::SelectCircle || f == PXUtil::SelectPolygon;
 }

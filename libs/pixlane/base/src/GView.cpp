@@ -24,7 +24,13 @@ std::vector<std::shared_ptr<GView>>& global_list() {
 } // namespace
 
 GView::GView(AppUtil* app) : app_(app), renderer_(vtkSmartPointer<vtkRenderer>::New()) {
+    // The interactor makes a default style that, without VTK's InteractionStyle module, can only
+    // warn that it is missing; the view's own style replaces it.
+    const int warnings = vtkObject::GetGlobalWarningDisplay();
+    vtkObject::GlobalWarningDisplayOff();
     interactor_ = vtkSmartPointer<vtkGenericRenderWindowInteractor>::New();
+    vtkObject::SetGlobalWarningDisplay(warnings);
+    interactor_->SetInteractorStyle(nullptr);
     // The style asks the view for renders; the interactor must never draw on its own.
     interactor_->EnableRenderOff();
 }

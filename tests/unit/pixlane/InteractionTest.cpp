@@ -1,0 +1,225 @@
+// Input on a headless view of the kernel's model: a rotate drag turns the camera by its angle and
+// the kernel's camera follows (and leads, after a view command); a click picks what the pick type
+// and filter allow and the kernel reports it as highlighted; a box takes exactly what lies in it.
+#include <pixlane/GInteractorStyle.h>
+#include <pixlane/GPickerBase.h>
+#include <pixlane/GTarvoModelSet.h>
+#include <pixlane/GView.h>
+#include <pixlane/ServerWindowFactory.h>
+
+#include "tarvo/TIObserve.h"
+#include "tarvo/TarvoInterface.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <set>
+#include <vector>
+
+#include <vtkCamera.h>
+#include <vtkRenderer.h>
+
+namespace {
+
+namespace TI = TarvoInterface;
+using Entity = std::pair<std::string, int>;
+using Vec = std::array<double, 3>;
+
+struct Highlights : TI::TIObserve {
+    std::vector<std::vector<Entity>> added;
+    void notify_highlighted(const std::vector<Entity>& entities) override {
+        added.push_back(entities);
+    }
+};
+
+std::vector<Entity> selection() {
+    std::vector<Entity> out;
+    for (int i = 0; i < GPickerBase::current_selection_count(); ++i)
+        if (const auto* e = GPickerBase::get_selection(i))
+            out.push_back({e->entity_type_name(), e->entity_id()});
+    return out;
+}
+
+class Interaction : public ::testing::Test {
+protected:
+    static constexpr int kWidth = 160, kHeight = 120;
+
+    void SetUp() override {
+        ASSERT_TRUE(factory.ok()) << factory.description();
+        ASSERT_TRUE(TI::init({"tarvo_pixlane_test"}));
+        TI::silent_cmd("echo off");
+        ASSERT_TRUE(factory.core_initialize_window(view));
+        factory.resize(view.get(), kWidth, kHeight);
+        set = std::make_unique<GTarvoModelSet>();
+        view->set_model_set(set.get());
+        auto* style = GInteractorStyle::New();
+        view->set_style(style);
+        style->SetModelSet(set.get());
+        style->set_donepick_function([this] { ++donepicks; });
+        style->set_popup_function([this](int x, int y) { popups.push_back({x, y}); });
+        style->Delete();
+        GInteractorStyleBase::reset_mouse_functions();
+        highlights.register_observer();
+    }
+    void TearDown() override {
+        highlights.unregister_observer();
+        view->set_style(nullptr);
+        set.reset();
+        factory.core_de_initialize_window(view);
+        TI::destroy();
+    }
+
+    void run(const std::string& line) { ASSERT_TRUE(TI::silent_cmd(line.c_str())); }
+
+    // A parallel camera on +z looking at the origin, `scale` model units to the top edge.
+    void look_down_z(double scale) {
+        vtkCamera* camera = view->renderer()->GetActiveCamera();
+        camera->ParallelProjectionOn();
+        camera->SetParallelScale(scale);
+        view->set_focal_point({0, 0, 0});
+        view->set_view_up({0, 1, 0});
+        view->set_position({0, 0, 10});
+        view->render();
+    }
+    // The input position (y down from the top row) of the model point (x, y, 0).
+    static std::array<int, 2> input_of(double x, double y, double scale) {
+        const double column = (x / (scale * kWidth / kHeight) + 1) / 2 * kWidth - 0.5;
+        const double row = (y / scale + 1) / 2 * kHeight - 0.5;
+        return {static_cast<int>(std::lround(column)),
+                kHeight - 1 - static_cast<int>(std::lround(row))};
+    }
+    void drag(PXUtil::Button button, std::array<int, 2> from, std::array<int, 2> to) {
+        view->invoke_mouse_press(from[0], from[1], 0, button);
+        for (int step = 1; step <= 4; ++step)
+            view->invoke_mouse_move(from[0] + (to[0] - from[0]) * step / 4,
+                                    from[1] + (to[1] - from[1]) * step / 4, 0);
+        view->invoke_mouse_release(to[0], to[1], 0, button);
+    }
+    void click(PXUtil::Button button, std::array<int, 2> at) { drag(button, at, at); }
+
+    ServerWindowFactory factory;
+    std::shared_ptr<GView> view = std::make_shared<GView>();
+    std::unique_ptr<GTarvoModelSet> set;
+    Highlights highlights;
+    int donepicks = 0;
+    std::vector<std::array<int, 2>> popups;
+};
+
+TEST_F(Interaction, RotateDragTurnsTheCameraByItsAngleAndSharesItWithTheKernel) {
+    run("create box 2");
+    look_down_z(2);
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::Rotate, PXUtil::Left, 0);
+    // 40 of 160 pixels: a quarter of the half turn a full-width drag gives.
+    drag(PXUtil::Left, {60, 60}, {100, 60});
+    const auto pos = view->get_position();
+    const double degrees = std::atan2(-pos[0], pos[2]) * 180 / M_PI;
+    EXPECT_NEAR(degrees, 45.0, 1e-6);
+    EXPECT_NEAR(pos[1], 0.0, 1e-9);
+    EXPECT_NEAR(std::hypot(pos[0], pos[2]), 10.0, 1e-9);
+    const auto kernel = TI::get_view_from();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(kernel[i], pos[i], 1e-9);
+
+    // A view command moves the view's camera at its next render.
+    run("view from 0 -10 0");
+    run("view up 0 0 1");
+    view->render();
+    const auto moved = view->get_position();
+    EXPECT_NEAR(moved[1], -10.0, 1e-9);
+    EXPECT_NEAR(view->get_view_up()[2], 1.0, 1e-9);
+}
+
+TEST_F(Interaction, ClickPicksWhatThePickTypeAllowsAndTheKernelHighlightsIt) {
+    run("create box 2"); // -1..1 on every axis
+    look_down_z(2);
+    int top = 0, right_edge = 0;
+    for (int s : TI::get_entities("surface"))
+        if (std::abs(TI::get_surface_centroid(s)[2] - 1) < 1e-9)
+            top = s;
+    for (int c : TI::get_entities("curve")) {
+        const auto centre = TI::get_curve_center(c);
+        if (std::abs(centre[0] - 1) < 1e-9 && std::abs(centre[2] - 1) < 1e-9)
+            right_edge = c;
+    }
+    ASSERT_GT(top, 0);
+    ASSERT_GT(right_edge, 0);
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::Select, PXUtil::Left, 0);
+
+    struct Row {
+        const char* pick_type;
+        std::array<double, 2> at;
+        std::vector<Entity> expected;
+    };
+    const std::vector<Row> rows = {
+        {"surface", {0.2, 0.3}, {{"surface", top}}},
+        {"volume", {0.2, 0.3}, {{"volume", 1}}},
+        // Nothing of the type under the cursor: the face in front is not a curve.
+        {"curve", {0.2, 0.3}, {}},
+        // Within a few pixels of the edge the curve wins over the face it bounds.
+        {"curve", {0.97, 0.3}, {{"curve", right_edge}}},
+        {"surface", {0.97, 0.3}, {{"surface", top}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.pick_type) + " at " + std::to_string(row.at[0]));
+        run(std::string("pick type ") + row.pick_type);
+        run("select none");
+        highlights.added.clear();
+        donepicks = 0;
+        click(PXUtil::Left, input_of(row.at[0], row.at[1], 2));
+        EXPECT_EQ(selection(), row.expected);
+        EXPECT_EQ(donepicks, 1);
+        if (row.expected.empty())
+            EXPECT_TRUE(highlights.added.empty());
+        else
+            EXPECT_EQ(highlights.added, std::vector<std::vector<Entity>>{row.expected});
+    }
+
+    // Outside the model a click clears the selection; a right click asks for the menu there.
+    click(PXUtil::Left, {2, 2});
+    EXPECT_TRUE(selection().empty());
+    click(PXUtil::Right, {30, 40});
+    EXPECT_EQ(popups, (std::vector<std::array<int, 2>>{{30, 40}}));
+}
+
+TEST_F(Interaction, BoxSelectionTakesExactlyTheEntitiesInside) {
+    for (int x : {-3, 0, 3})
+        run("create box 1 at " + std::to_string(x) + " 0 0");
+    look_down_z(3);
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::SelectBox, PXUtil::Left, 0);
+    const std::vector<Entity> first_two{{"volume", 1}, {"volume", 2}};
+    std::vector<Entity> surfaces_of_2;
+    for (int s : TI::get_relatives("volume", 2, "surface"))
+        surfaces_of_2.push_back({"surface", s});
+
+    struct Row {
+        const char* pick_type;
+        bool partial;
+        std::array<double, 2> from, to;
+        std::vector<Entity> expected;
+    };
+    const std::vector<Row> rows = {
+        {"volume", false, {-3.8, 1}, {0.8, -1}, first_two},
+        // The third box is only partly inside.
+        {"volume", false, {-3.8, 1}, {3.0, -1}, first_two},
+        {"volume", true, {-3.8, 1}, {3.0, -1}, {{"volume", 1}, {"volume", 2}, {"volume", 3}}},
+        // Hidden faces count too: all six of the middle box.
+        {"surface", false, {-0.8, 1}, {0.8, -1}, surfaces_of_2},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.pick_type) + (row.partial ? " partial" : ""));
+        run(std::string("pick type ") + row.pick_type);
+        run(std::string("select partial ") + (row.partial ? "on" : "off"));
+        run("select none");
+        drag(PXUtil::Left, input_of(row.from[0], row.from[1], 3),
+             input_of(row.to[0], row.to[1], 3));
+        auto got = selection();
+        std::sort(got.begin(), got.end());
+        auto expected = row.expected;
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(got, expected);
+    }
+}
+
+} // namespace
