@@ -222,4 +222,32 @@ TEST_F(Interaction, BoxSelectionTakesExactlyTheEntitiesInside) {
     }
 }
 
+TEST_F(Interaction, HoverDrawsWhatAClickWouldPickInThisViewOnly) {
+    run("create box 2");
+    run("color volume 1 rgb 1 1 1");
+    run("pick type surface");
+    look_down_z(2);
+    const auto centre_colour = [&] {
+        view->render();
+        std::vector<unsigned char> image(kWidth * kHeight * 4);
+        EXPECT_TRUE(view->get_rgba_pixels(kWidth, kHeight, image.data()));
+        const unsigned char* p = &image[(static_cast<std::size_t>(kHeight / 2) * kWidth + 70) * 4];
+        return std::array<int, 3>{p[2], p[1], p[0]};
+    };
+    const auto near = [](const std::array<int, 3>& c, const double(&want)[3]) {
+        for (int i = 0; i < 3; ++i)
+            if (std::abs(c[i] - want[i] * 255) > 8)
+                return false;
+        return true;
+    };
+    const double white[3] = {1, 1, 1};
+    EXPECT_TRUE(near(centre_colour(), white));
+    view->invoke_mouse_move(70, kHeight / 2, 0);
+    EXPECT_TRUE(near(centre_colour(), GTarvoModelSet::kPreselect));
+    EXPECT_TRUE(selection().empty());
+    EXPECT_TRUE(highlights.added.empty());
+    view->invoke_leave();
+    EXPECT_TRUE(near(centre_colour(), white));
+}
+
 } // namespace
