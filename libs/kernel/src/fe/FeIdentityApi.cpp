@@ -20,6 +20,7 @@
 #include <TopoDS.hxx>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <set>
 
@@ -40,14 +41,6 @@ template <class T, class F> T query(const char* name, T fail, F&& body) {
 template <class Map> auto find_in(const Map& map, int id) -> decltype(map.begin()->second.get()) {
     const auto it = map.find(id);
     return it == map.end() ? nullptr : it->second.get();
-}
-
-std::vector<int> live_geometry(const std::vector<Member>& members, int dim) {
-    std::set<int> out;
-    for (const Member& m : members)
-        if (m.type == Member::Type::Geometry && m.dim == dim && fe::member_exists(m))
-            out.insert(m.id);
-    return {out.begin(), out.end()};
 }
 
 std::vector<int> sorted(std::map<ElemKind, std::vector<int>>& elems, ElemKind kind) {
@@ -77,9 +70,10 @@ const fe::LaidOutBlock* at_global(const fe::Layout& layout, int global, int& ind
     return nullptr;
 }
 
+// Round-off around zero (a centre at 1e-17) would make two signatures of one place differ.
 std::string number(double v) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.6g", v == 0 ? 0.0 : v); // no "-0"
+    std::snprintf(text, sizeof text, "%.6g", std::abs(v) < 1e-9 ? 0.0 : v);
     return text;
 }
 
