@@ -250,4 +250,28 @@ TEST_F(Interaction, HoverDrawsWhatAClickWouldPickInThisViewOnly) {
     EXPECT_TRUE(near(centre_colour(), white));
 }
 
+TEST_F(Interaction, OccludedPickingReachesBehindTheFrontFace) {
+    run("create box 1");          // its corner (0.5, 0.5, 0.5) lies behind
+    run("create box 2 at 0 0 3"); // this box's front face
+    look_down_z(2);
+    int corner = 0;
+    for (int v : TI::get_entities("vertex")) {
+        const auto p = TI::get_center_point("vertex", v);
+        if (std::abs(p[0] - 0.5) + std::abs(p[1] - 0.5) + std::abs(p[2] - 0.5) < 1e-9)
+            corner = v;
+    }
+    ASSERT_GT(corner, 0);
+    run("pick type vertex");
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::Select, PXUtil::Left, 0);
+    for (bool occluded : {false, true}) {
+        SCOPED_TRACE(occluded ? "occluded" : "front only");
+        set->set_select_occluded(occluded);
+        run("select none");
+        click(PXUtil::Left, input_of(0.5, 0.5, 2));
+        const std::vector<Entity> expected =
+            occluded ? std::vector<Entity>{{"vertex", corner}} : std::vector<Entity>{};
+        EXPECT_EQ(selection(), expected);
+    }
+}
+
 } // namespace
