@@ -333,7 +333,7 @@ TEST_F(DiagnosticsTest, SweepAdviceNamesThePairTheSweeperTakes) {
     ASSERT_EQ(sources.size(), 1u);
     ASSERT_EQ(targets.size(), 1u);
     run(first_command(advice));
-    EXPECT_EQ(ti::get_source_surfaces(1), sources);
+    EXPECT_EQ(ti::get_mesh_scheme("volume", 1), "sweep");
     std::vector<std::vector<int>> fs, ft, is, it;
     EXPECT_TRUE(ti::get_solutions_for_source_target(1, fs, ft, is, it));
     EXPECT_EQ(fs.size(), 3u); // the three pairs of opposite faces
@@ -355,6 +355,25 @@ TEST_F(DiagnosticsTest, EstimatedMergeToleranceCatchesTheGap) {
     EXPECT_EQ(counts.back(), 4);
     run("merge tolerant volume all tolerance " + std::to_string(t));
     EXPECT_EQ(ti::get_surface_count(), 11);
+}
+
+TEST_F(DiagnosticsTest, RegularizeJoinsSurfacesSplitOnOnePlane) {
+    import_shape(sliver_box());
+    ASSERT_EQ(ti::get_surface_count(), 10);
+    run("regularize volume 1");
+    EXPECT_EQ(ti::get_surface_count(), 6);
+    EXPECT_TRUE(ti::get_narrow_surfaces({1}, 0.1).empty());
+    EXPECT_NEAR(ti::get_total_volume({1}), 1000, 1e-6);
+}
+
+TEST_F(DiagnosticsTest, AnInterruptedFinderAnswersNothing) {
+    import_shape(cut_corner_box());
+    ti::set_tarvo_interrupt(true);
+    const int errors = ti::get_error_count();
+    EXPECT_TRUE(ti::get_small_curves({1}, 0.1).empty());
+    ti::set_tarvo_interrupt(false);
+    EXPECT_EQ(ti::get_error_count(), errors + 1);
+    EXPECT_EQ(ti::get_small_curves({1}, 0.1).size(), 2u);
 }
 
 // The finders run to the end on real files; the timings go to the test's output.

@@ -7,11 +7,12 @@
 
 #include "core/Session.h"
 #include "diagnostics/Diagnostics.h"
-#include "geometry/GeometryModule.h"
+#include "geometry/GeometryInternal.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepAdaptor_Curve2d.hxx>
 #include <BRepAdaptor_Surface.hxx>
+#include <BRepAlgoAPI_BuilderAlgo.hxx>
 #include <BRepAlgoAPI_Common.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_MakeVertex.hxx>
@@ -26,10 +27,12 @@
 #include <GProp_GProps.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
+#include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Vertex.hxx>
 #include <TopoDS_Wire.hxx>
+#include <gp_Lin.hxx>
 #include <gp_Trsf.hxx>
 
 #include <algorithm>
@@ -64,6 +67,12 @@ double distance(const TopoDS_Shape& a, const TopoDS_Shape& b) {
     return d.IsDone() && d.NbSolution() > 0 ? d.Value() : -1.0;
 }
 
+TopoDS_Vertex middle_of(const TopoDS_Edge& edge) {
+    BRepAdaptor_Curve c(edge);
+    return BRepBuilderAPI_MakeVertex(c.Value(0.5 * (c.FirstParameter() + c.LastParameter())))
+        .Vertex();
+}
+
 gp_Pnt point_of(int vertex) {
     return BRep_Tool::Pnt(TopoDS::Vertex(model().shape(GeomKind::Vertex, vertex)));
 }
@@ -81,6 +90,15 @@ bool share_body(GeomKind ka, int a, GeomKind kb, int b) {
     for (int x : ba)
         if (std::count(bb.begin(), bb.end(), x))
             return true;
+    return false;
+}
+
+bool share_surface(int volume_a, int volume_b) {
+    for (int s : model().relatives(GeomKind::Volume, volume_a, GeomKind::Surface)) {
+        const std::vector<int> holders = model().relatives(GeomKind::Surface, s, GeomKind::Volume);
+        if (std::count(holders.begin(), holders.end(), volume_b))
+            return true;
+    }
     return false;
 }
 
@@ -223,8 +241,13 @@ double edge_pair_width(const TopoDS_Face& face, double limit) {
             if (grown(ba, std::min(limit, best)).IsOut(bb))
                 continue;
             const double d = distance(a, b);
-            if (d >= 0 && d < best)
-                best = d;
+            if (d < 0 || d >= std::min(limit, best))
+                continue;
+            // Two curves that only come close where a short curve joins them are a small
+            // curve, not a narrow surface: the width is measured from the middle of each.
+            const double width = std::min(distance(middle_of(a), b), distance(middle_of(b), a));
+            if (width >= 0 && width < best)
+                best = width;
         }
     }
     return best;
@@ -564,6 +587,37 @@ gp_Vec normal_near(const TopoDS_Face& face, const gp_Pnt& p) {
     return n;
 }
 
+// Cheap test before the exact distance: planes and cylinders can face each other over an area
+// only when they are parallel (coaxial) and close; a plane and a cylinder touch along a line at
+// most.
+bool may_face(const TopoDS_Face& a, const TopoDS_Face& b, double max_gap, double max_angle) {
+    BRepAdaptor_Surface sa(a), sb(b);
+    const GeomAbs_SurfaceType ta = sa.GetType(), tb = sb.GetType();
+    const double angle = max_angle * kPi / 180.0;
+    if (ta == GeomAbs_Plane && tb == GeomAbs_Plane) {
+        gp_Dir na = sa.Plane().Axis().Direction(), nb = sb.Plane().Axis().Direction();
+        if (a.Orientation() == TopAbs_REVERSED)
+            na.Reverse();
+        if (b.Orientation() == TopAbs_REVERSED)
+            nb.Reverse();
+        return na.Angle(nb.Reversed()) <= angle &&
+               sa.Plane().Distance(sb.Plane().Location()) <= max_gap + 1e-7;
+    }
+    if (ta == GeomAbs_Cylinder && tb == GeomAbs_Cylinder) {
+        const gp_Cylinder ca = sa.Cylinder(), cb = sb.Cylinder();
+        return ca.Axis().IsParallel(cb.Axis(), angle) &&
+               std::abs(ca.Radius() - cb.Radius()) <= max_gap + 1e-7 &&
+               gp_Lin(ca.Axis()).Distance(cb.Location()) <= max_gap + 1e-7;
+    }
+    // Two analytic surfaces of different kinds (a plane and a cylinder, a cone and a sphere)
+    // meet along curves at most; free-form surfaces may be anything.
+    auto analytic = [](GeomAbs_SurfaceType t) {
+        return t == GeomAbs_Plane || t == GeomAbs_Cylinder || t == GeomAbs_Cone ||
+               t == GeomAbs_Sphere || t == GeomAbs_Torus;
+    };
+    return !(analytic(ta) && analytic(tb) && ta != tb);
+}
+
 double common_area(const TopoDS_Shape& a, const TopoDS_Shape& b, double fuzzy) {
     BRepAlgoAPI_Common common;
     TopTools_ListOfShape args, tools;
@@ -587,8 +641,19 @@ std::vector<FacingPair> facing_surfaces(const std::vector<int>& surfaces, double
                                         bool filter_volume_overlaps, int max_results) {
     const double touching = 1e-6;
     std::vector<Bnd_Box> boxes;
-    for (int s : surfaces)
+    std::vector<std::vector<int>> holders;
+    std::vector<TopoDS_Face> faces;
+    for (int s : surfaces) {
         boxes.push_back(grown(model().bounding_box(GeomKind::Surface, s), max_gap));
+        holders.push_back(volumes_holding(GeomKind::Surface, s));
+        faces.push_back(TopoDS::Face(model().shape(GeomKind::Surface, s)));
+    }
+    auto same_volume = [&](std::size_t i, std::size_t j) {
+        for (int v : holders[i])
+            if (std::count(holders[j].begin(), holders[j].end(), v))
+                return true;
+        return false;
+    };
     std::vector<FacingPair> out;
     Scan scan(only_gaps ? "Volume gaps" : "Overlapping surfaces",
               static_cast<long>(surfaces.size()));
@@ -598,11 +663,12 @@ std::vector<FacingPair> facing_surfaces(const std::vector<int>& surfaces, double
             if (max_results > 0 && static_cast<int>(out.size()) >= max_results)
                 return out;
             const int a = surfaces[i], b = surfaces[j];
-            if (boxes[i].IsOut(boxes[j]) ||
-                share_volume(GeomKind::Surface, a, GeomKind::Surface, b))
+            if (boxes[i].IsOut(boxes[j]) || same_volume(i, j))
                 continue;
-            const TopoDS_Face fa = TopoDS::Face(model().shape(GeomKind::Surface, a));
-            const TopoDS_Face fb = TopoDS::Face(model().shape(GeomKind::Surface, b));
+            const TopoDS_Face& fa = faces[i];
+            const TopoDS_Face& fb = faces[j];
+            if (!may_face(fa, fb, max_gap, max_angle))
+                continue;
             BRepExtrema_DistShapeShape d(fa, fb);
             if (!d.IsDone() || d.NbSolution() == 0 || d.Value() > max_gap)
                 continue;
@@ -643,28 +709,61 @@ std::vector<FacingPair> facing_surfaces(const std::vector<int>& surfaces, double
 }
 
 std::vector<Pair> overlapping_volumes(const std::vector<int>& volumes) {
-    std::vector<Pair> out;
-    Scan scan("Overlapping volumes", static_cast<long>(volumes.size()));
+    // Only volumes whose boxes meet another's can overlap; one general fuse of those splits
+    // them where they meet, and a piece that is an image of two volumes is their common part.
+    // Volumes that share a surface were merged, and merge refuses volumes that overlap.
+    std::vector<int> near;
     for (std::size_t i = 0; i < volumes.size(); ++i) {
-        scan.step();
         const Bnd_Box bi = model().bounding_box(GeomKind::Volume, volumes[i]);
-        for (std::size_t j = i + 1; j < volumes.size(); ++j) {
-            if (bi.IsOut(model().bounding_box(GeomKind::Volume, volumes[j])))
-                continue;
-            const TopoDS_Shape a = model().shape(GeomKind::Volume, volumes[i]);
-            const TopoDS_Shape b = model().shape(GeomKind::Volume, volumes[j]);
-            BRepAlgoAPI_Common common(a, b);
-            if (!common.IsDone())
-                continue;
-            GProp_GProps props;
-            BRepGProp::VolumeProperties(common.Shape(), props);
-            const double smaller = std::min(model().volume_measure(GeomKind::Volume, volumes[i]),
-                                            model().volume_measure(GeomKind::Volume, volumes[j]));
-            if (std::abs(props.Mass()) > 1e-9 * smaller)
-                out.push_back({std::min(volumes[i], volumes[j]), std::max(volumes[i], volumes[j]),
-                               std::abs(props.Mass())});
+        for (std::size_t j = 0; j < volumes.size(); ++j)
+            if (i != j && !bi.IsOut(model().bounding_box(GeomKind::Volume, volumes[j])) &&
+                !share_surface(volumes[i], volumes[j])) {
+                near.push_back(volumes[i]);
+                break;
+            }
+    }
+    std::vector<Pair> out;
+    if (near.size() < 2)
+        return out;
+    Progress progress("Overlapping volumes", "", true);
+    BRepAlgoAPI_BuilderAlgo gf;
+    TopTools_ListOfShape args;
+    for (int v : near)
+        args.Append(model().shape(GeomKind::Volume, v));
+    gf.SetArguments(args);
+    gf.SetNonDestructive(true);
+    gf.SetRunParallel(true);
+    gf.SetUseOBB(true);
+    Handle(geometry_detail::OccProgress) pi = new geometry_detail::OccProgress(&progress);
+    gf.Build(pi->Start());
+    if (interrupted())
+        throw Interrupted();
+    if (!gf.IsDone() || gf.HasErrors())
+        throw std::runtime_error("the geometry engine could not intersect the volumes");
+    std::map<std::pair<int, int>, double> common;
+    TopTools_DataMapOfShapeInteger owner;
+    for (int v : near) {
+        const TopoDS_Shape solid = model().shape(GeomKind::Volume, v);
+        std::vector<TopoDS_Shape> images;
+        if (gf.IsDeleted(solid))
+            continue;
+        const TopTools_ListOfShape& modified = gf.Modified(solid);
+        if (modified.IsEmpty())
+            images.push_back(solid);
+        for (const TopoDS_Shape& m : modified)
+            images.push_back(m);
+        for (const TopoDS_Shape& image : images) {
+            if (const int* other = owner.Seek(image)) {
+                GProp_GProps props;
+                BRepGProp::VolumeProperties(image, props);
+                common[{std::min(*other, v), std::max(*other, v)}] += std::abs(props.Mass());
+            } else {
+                owner.Bind(image, v);
+            }
         }
     }
+    for (const auto& [pair, amount] : common)
+        out.push_back({pair.first, pair.second, amount});
     return out;
 }
 
@@ -733,8 +832,16 @@ std::vector<int> floating_volumes(const std::vector<int>& volumes) {
     for (int v : volumes) {
         scan.step();
         const Bnd_Box box = grown(model().bounding_box(GeomKind::Volume, v), tol);
+        // A volume merged with another shares a vertex with it; only the others need a distance.
         bool touches = false;
+        for (int vertex : sub_ids(GeomKind::Volume, v, GeomKind::Vertex))
+            if (volumes_holding(GeomKind::Vertex, vertex).size() > 1) {
+                touches = true;
+                break;
+            }
         for (int other : all) {
+            if (touches)
+                break;
             if (other == v || box.IsOut(model().bounding_box(GeomKind::Volume, other)))
                 continue;
             const double d = distance(model().shape(GeomKind::Volume, v),
