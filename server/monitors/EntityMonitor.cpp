@@ -1,5 +1,6 @@
 #include "monitors/EntityMonitor.h"
 
+#include "monitors/BcMonitors.h"
 #include "monitors/ExodusMonitor.h"
 #include "monitors/GeometryMonitor.h"
 
@@ -133,10 +134,34 @@ std::unique_ptr<DataMonitor> create_monitor(int code, int id) {
         return std::make_unique<SidesetMonitor>(id);
     case nodeset_code:
         return std::make_unique<NodesetMonitor>(id);
+    case force_code:
+        return std::make_unique<BC_ForceMonitor>(id);
+    case pressure_code:
+        return std::make_unique<BC_PressureMonitor>(id);
+    case heatflux_code:
+        return std::make_unique<BC_HeatfluxMonitor>(id);
+    case temperature_code:
+        return std::make_unique<BC_TemperatureMonitor>(id);
+    case convection_code:
+        return std::make_unique<BC_ConvectionMonitor>(id);
+    case displacement_code:
+        return std::make_unique<BC_DisplacementMonitor>(id);
+    case acceleration_code:
+        return std::make_unique<BC_AccelerationMonitor>(id);
+    case velocity_code:
+        return std::make_unique<BC_VelocityMonitor>(id);
+    case contact_region_code:
+        return std::make_unique<BC_ContactRegionMonitor>(id);
+    case constraint_code:
+        return std::make_unique<BC_ConstraintMonitor>(id);
+    case cfd_bc_code:
+        return std::make_unique<BC_CFDMonitor>(id);
+    case material_code:
+        return std::make_unique<MaterialMonitor>(id);
+    case boundary_layer_code:
+        return std::make_unique<BoundaryLayerMonitor>(id);
     default:
-        // Boundary conditions (8-18), materials (19) and boundary layers (20) get their monitors
-        // with those families; until then their keys are stored and produce no data, like a
-        // body's.
+        // Bodies have no monitor: their keys are stored and produce no data.
         return nullptr;
     }
 }
