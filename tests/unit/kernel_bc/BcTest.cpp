@@ -1,7 +1,7 @@
 // The analysis set-up through the command language and the public queries: each family of
 // conditions made, read, evented and undone; materials through the MaterialInterface (a deleted
 // material's handle refused); the time step of one hex against a hand computation; boundary
-// layers; bad input refused with the model unchanged.
+// layers; bad input refused with the model unchanged; the native file round trip.
 
 #include "tarvo/TarvoInterface.h"
 
@@ -321,6 +321,85 @@ TEST_F(BcTest, BoundaryLayersAndCoordinateSystems) {
     EXPECT_EQ(TI::get_dbl_sculpt_default("cell_size"), 0.0);
     EXPECT_EQ(TI::get_int_sculpt_default("NUM_PROCS"), 1);
     EXPECT_EQ(TI::get_string_sculpt_default("smooth"), "fixed_bbox");
+}
+
+TEST_F(BcTest, NativeFileKeepsTheSetUp) {
+    // Without a mesh: the file's other sections are not what this test is about.
+    for (const char* line :
+         {"create box 2", "block 1 add volume 1", "nodeset 1 add surface 1",
+          "sideset 1 add surface 1",
+          "create force on nodeset 1 magnitude 10 direction 0 0 -1 name 'load'",
+          "create convection on surface 1 shell top coefficient 5 temperature 20",
+          "create displacement on surface 2 dof 1 2 value 0.25 combine largest",
+          "create contact pair sideset 1 sideset 1 lower tolerance 0.2 interior",
+          "create constraint distributing reference vertex 2 dependent surface 3",
+          "create cfd velocityinlet on sideset 1",
+          "create material 'steel' property 'DENSITY' value 7850 property 'ELASTIC_MODULUS' "
+          "value 2e11 property 'AXES' vector 0 0 1",
+          "create media 'water'", "material 'steel' block 1",
+          "create boundary layer 2 aspect first 0.5 growth 1.1 rows 6 add curve 1 surface 1",
+          "boundary layer vertex 1 surface 1 type 'corner'",
+          "create coordinate system spherical origin 1 1 1", "delete force 1",
+          "create force on vertex 3 magnitude 4 direction 1 1 0"})
+        run(line);
+    // Everything the queries and the interface say, before and after.
+    const auto full = [] {
+        std::string out = dump();
+        out += std::to_string(TI::get_force_magnitude(2)) + TI::get_bc_name(TI::TI_BC_FORCE, 2) +
+               std::to_string(
+                   TI::get_convection_coefficient(1, TI::TI_BC_SHELL_TOP_CONVECTION_COEFFICIENT)) +
+               TI::get_displacement_combine_type(1) +
+               std::to_string(TI::get_displacement_dof_values(1)[1]) +
+               std::to_string(TI::get_contact_pair_tol_lower_value(1)) +
+               std::to_string(TI::get_contact_pair_exterior_state(1)) +
+               TI::get_constraint_dependent_entity_point(1) + std::to_string(TI::get_cfd_type(1)) +
+               std::to_string(TI::get_media_property(2)) + TI::get_boundary_layer_algorithm(2);
+        std::vector<int> a, b;
+        std::vector<std::string> types;
+        TI::get_boundary_layer_vertex_intersection_types(a, b, types);
+        out += types.empty() ? "" : types[0];
+        for (int id : TI::get_coordinate_systems_id_list())
+            out += " cs" + std::to_string(id);
+        auto* mi = dynamic_cast<TI::MaterialInterface*>(TI::get_interface("Material"));
+        std::vector<double> axes;
+        mi->get_vector_value(mi->find_material(1), mi->property_by_name("AXES"), axes);
+        out += " axes" + std::to_string(axes.size());
+        TI::release_interface(mi);
+        return out;
+    };
+    const std::string before = full();
+    run("save as 'setup.tvo'");
+    run("reset");
+    EXPECT_TRUE(TI::get_material_name_list().empty());
+    recorder.events.clear();
+    run("open 'setup.tvo'");
+    EXPECT_EQ(full(), before);
+    EXPECT_EQ(recorder.count("bc_entity_modified force 2 created"), 1u);
+    // Numbering goes on where the saved model stopped: force 1 was deleted before the save.
+    run("create force on vertex 1 magnitude 1 direction 1 0 0");
+    EXPECT_EQ(TI::get_bc_id_list(TI::TI_BC_FORCE), (std::vector<int>{2, 3}));
+}
+
+TEST_F(BcTest, CompareGeometryAndMesh) {
+    one_hex();
+    run("create box 1");
+    run("move volume 2 by 10 0 0");
+    int unmatched_volumes = -1, unmatched_elements = -1, curves = -1;
+    std::vector<int> full, partial;
+    // The hex fills volume 1; volume 2 has no mesh, so its curves are shown.
+    TI::compare_geometry_and_mesh({1, 2}, {1}, {}, {}, 1e-6, unmatched_volumes, unmatched_elements,
+                                  full, partial, curves);
+    EXPECT_EQ(std::tie(unmatched_volumes, unmatched_elements), std::make_tuple(1, 0));
+    ASSERT_EQ(full.size(), 1u);
+    EXPECT_TRUE(partial.empty());
+    EXPECT_EQ(TI::get_group_volumes(full[0]), std::vector<int>{1});
+    EXPECT_EQ(TI::get_group_hexes(full[0]).size(), 1u);
+    EXPECT_EQ(TI::get_group_curves(curves).size(), 12u);
+    // Against volume 2 alone the hex lies nowhere.
+    TI::compare_geometry_and_mesh({2}, {}, TI::get_group_hexes(full[0]), {}, 1e-6,
+                                  unmatched_volumes, unmatched_elements, full, partial, curves);
+    EXPECT_EQ(std::tie(unmatched_volumes, unmatched_elements), std::make_tuple(1, 1));
+    EXPECT_TRUE(full.empty());
 }
 
 } // namespace

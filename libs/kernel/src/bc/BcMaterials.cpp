@@ -142,6 +142,33 @@ double polygon_area(const std::vector<Point3>& p) {
     return area;
 }
 
+// Volume of a solid element from its faces (each fanned from its centroid) against the
+// element's centroid, so warped faces count; and its largest face area.
+double solid_measures(ElemKind kind, const std::vector<Point3>& p, double& largest) {
+    const auto& topo = mesh::topology(kind);
+    Point3 centre{};
+    for (const Point3& q : p)
+        for (int i = 0; i < 3; ++i)
+            centre[i] += q[i] / static_cast<double>(p.size());
+    double volume = 0;
+    largest = 0;
+    for (const auto& face : topo.faces) {
+        std::vector<Point3> f;
+        for (int corner : face)
+            f.push_back(p[static_cast<size_t>(corner)]);
+        largest = std::max(largest, polygon_area(f));
+        Point3 fc{};
+        for (const Point3& q : f)
+            for (int i = 0; i < 3; ++i)
+                fc[i] += q[i] / static_cast<double>(f.size());
+        for (size_t i = 0; i < f.size(); ++i)
+            volume +=
+                dot(sub(fc, centre), cross(sub(f[i], centre), sub(f[(i + 1) % f.size()], centre))) /
+                6;
+    }
+    return std::abs(volume);
+}
+
 // Characteristic length of one element; 0 when it cannot be measured.
 double characteristic_length(ElemKind kind, const std::vector<Point3>& p) {
     const auto& topo = mesh::topology(kind);
@@ -161,28 +188,8 @@ double characteristic_length(ElemKind kind, const std::vector<Point3>& p) {
     default:
         break;
     }
-    // Volume from the faces (each fanned from its centroid) against the element's centroid, and
-    // the largest face area.
-    Point3 centre{};
-    for (const Point3& q : p)
-        for (int i = 0; i < 3; ++i)
-            centre[i] += q[i] / static_cast<double>(p.size());
-    double volume = 0, largest = 0;
-    for (const auto& face : topo.faces) {
-        std::vector<Point3> f;
-        for (int corner : face)
-            f.push_back(p[static_cast<size_t>(corner)]);
-        largest = std::max(largest, polygon_area(f));
-        Point3 fc{};
-        for (const Point3& q : f)
-            for (int i = 0; i < 3; ++i)
-                fc[i] += q[i] / static_cast<double>(f.size());
-        for (size_t i = 0; i < f.size(); ++i)
-            volume +=
-                dot(sub(fc, centre), cross(sub(f[i], centre), sub(f[(i + 1) % f.size()], centre))) /
-                6;
-    }
-    volume = std::abs(volume);
+    double largest = 0;
+    const double volume = solid_measures(kind, p, largest);
     if (largest <= 0)
         return 0;
     return (kind == ElemKind::Tet ? 3 : 1) * volume / largest;
@@ -202,6 +209,11 @@ double scalar(const Material& m, const char* name, double fallback) {
 }
 
 } // namespace
+
+double element_volume(mesh::ElemKind kind, const std::vector<mesh::Point3>& corners) {
+    double largest = 0;
+    return mesh::info(kind).dim == 3 ? solid_measures(kind, corners, largest) : 0.0;
+}
 
 double timestep_estimate(const std::string& entity_type, const std::vector<int>& ids,
                          const Material* material) {

@@ -28,6 +28,7 @@
 
 #include "core/EntityCatalog.h"
 #include "core/Undo.h"
+#include "mesh/MeshTypes.h"
 #include "tarvo/MaterialInterface.h"
 
 #include <array>
@@ -267,6 +268,8 @@ std::string describe(const std::vector<Target>& targets);
 // element or no usable material is found.
 double timestep_estimate(const std::string& entity_type, const std::vector<int>& ids,
                          const Material* material);
+// Volume of a solid element from its corners (Exodus order); 0 for other kinds.
+double element_volume(mesh::ElemKind kind, const std::vector<mesh::Point3>& corners);
 
 } // namespace tarvo::kernel::bc
 
