@@ -10,6 +10,7 @@
 #include "core/ModelFile.h"
 #include "core/Session.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
