@@ -9,9 +9,12 @@
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
 #include <BRepBuilderAPI_MakePolygon.hxx>
+#include <BRepFilletAPI_MakeFillet.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakePrism.hxx>
 #include <BRepTools.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -156,6 +159,15 @@ std::string first_command(const std::vector<std::vector<std::string>>& solutions
     return solutions.front().front();
 }
 
+// A 10 box with one edge rounded to radius 1.
+TopoDS_Shape blended_box() {
+    BRepPrimAPI_MakeBox box(gp_Pnt(-5, -5, -5), gp_Pnt(5, 5, 5));
+    BRepFilletAPI_MakeFillet fillet(box.Shape());
+    TopExp_Explorer edge(box.Shape(), TopAbs_EDGE);
+    fillet.Add(1.0, TopoDS::Edge(edge.Current()));
+    return fillet.Shape();
+}
+
 struct Defect {
     const char* name;
     std::vector<std::string> commands; // builds the model, with `shape` when given
@@ -215,6 +227,15 @@ const std::vector<Defect>& defects() {
              return first_command(
                  ti::get_solutions_for_overlapping_volumes(found[0], found[1], 0.01, 5));
          }},
+        {"blend",
+         {},
+         blended_box,
+         "blend surfaces",
+         [](const Ids& found) {
+             ASSERT_EQ(found.size(), 1u);
+             EXPECT_EQ(ti::get_surface_type(found[0]), "Cylinder");
+         },
+         [](const Ids& found) { return first_command(ti::get_solutions_for_blends(found[0])); }},
         {"floating volume",
          {"create box 10", "create box 10 at 10 0 0", "merge volume 1 2", "create box 2 at 30 0 0"},
          nullptr,
@@ -235,10 +256,20 @@ const std::vector<Defect>& defects() {
     return table;
 }
 
-TEST_F(DiagnosticsTest, CleanBoxHasNoDefects) {
-    run("create box 10");
-    for (const auto& [name, finder] : finders())
-        EXPECT_TRUE(finder({1}).empty()) << name;
+TEST_F(DiagnosticsTest, CleanModelsHaveNoDefects) {
+    const std::vector<std::vector<std::string>> models = {
+        {"create box 10"},
+        {"create cylinder radius 2 height 10"},
+        {"create box 10", "create cylinder radius 2 height 20", "subtract volume 2 from volume 1"},
+    };
+    for (const auto& model : models) {
+        SCOPED_TRACE(model.back());
+        run("reset");
+        for (const std::string& line : model)
+            run(line);
+        for (const auto& [name, finder] : finders())
+            EXPECT_TRUE(finder(volumes()).empty()) << name;
+    }
     EXPECT_EQ(ti::get_error_count(), 0) << output->all();
 }
 
@@ -380,6 +411,7 @@ TEST_F(DiagnosticsTest, AnInterruptedFinderAnswersNothing) {
 TEST_F(DiagnosticsTest, FindersRunOnRealCad) {
     const std::vector<std::pair<std::string, std::vector<std::string>>> files = {
         {"as1-tu-203.stp", {"imprint all", "merge all"}},
+        {"cube1000.igs", {"heal all"}},
         {"t20_data.step", {}},
         {"cube-sphere-cube-compound.brep", {}},
     };
@@ -387,7 +419,11 @@ TEST_F(DiagnosticsTest, FindersRunOnRealCad) {
         SCOPED_TRACE(file);
         run("reset");
         const std::string ext = file.substr(file.rfind('.') + 1);
-        run("import " + std::string(ext == "brep" ? "brep" : "step") + " '" + cad_file(file) + "'");
+        run("import " +
+            std::string(ext == "brep"  ? "brep"
+                        : ext == "igs" ? "iges"
+                                       : "step") +
+            " '" + cad_file(file) + "'");
         for (const std::string& line : then)
             run(line);
         const Ids all = volumes();

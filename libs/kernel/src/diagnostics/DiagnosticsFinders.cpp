@@ -404,7 +404,9 @@ std::vector<int> tangent_neighbours(int surface) {
             if (BRep_Tool::IsClosed(TopoDS::Edge(edge), face))
                 continue;
             for (const TopoDS_Face& other : faces_at(v, edge)) {
-                if (other.IsSame(face))
+                // A piece of the same surface (a cylinder split in halves) is no blend's
+                // neighbour.
+                if (other.IsSame(face) || same_domain(face, other))
                     continue;
                 const auto angle = dihedral(edge, face, other);
                 if (angle && std::abs(*angle - 180.0) < 1.0) {
@@ -643,11 +645,21 @@ std::vector<FacingPair> facing_surfaces(const std::vector<int>& surfaces, double
     std::vector<Bnd_Box> boxes;
     std::vector<std::vector<int>> holders;
     std::vector<TopoDS_Face> faces;
+    std::vector<std::vector<int>> curves;
     for (int s : surfaces) {
         boxes.push_back(grown(model().bounding_box(GeomKind::Surface, s), max_gap));
         holders.push_back(volumes_holding(GeomKind::Surface, s));
         faces.push_back(TopoDS::Face(model().shape(GeomKind::Surface, s)));
+        curves.push_back(sub_ids(GeomKind::Surface, s, GeomKind::Curve));
     }
+    // Faces that share a curve are the two sides of it after an imprint and merge: they meet
+    // along the curve, not over an area.
+    auto share_curve = [&](std::size_t i, std::size_t j) {
+        for (int c : curves[i])
+            if (std::binary_search(curves[j].begin(), curves[j].end(), c))
+                return true;
+        return false;
+    };
     auto same_volume = [&](std::size_t i, std::size_t j) {
         for (int v : holders[i])
             if (std::count(holders[j].begin(), holders[j].end(), v))
@@ -667,23 +679,35 @@ std::vector<FacingPair> facing_surfaces(const std::vector<int>& surfaces, double
                 continue;
             const TopoDS_Face& fa = faces[i];
             const TopoDS_Face& fb = faces[j];
-            if (!may_face(fa, fb, max_gap, max_angle))
+            if (!may_face(fa, fb, max_gap, max_angle) || share_curve(i, j))
                 continue;
-            BRepExtrema_DistShapeShape d(fa, fb);
-            if (!d.IsDone() || d.NbSolution() == 0 || d.Value() > max_gap)
-                continue;
-            const double gap = d.Value();
-            if (only_gaps ? gap <= touching : gap > touching)
-                continue;
-            const gp_Pnt pa = d.PointOnShape1(1), pb = d.PointOnShape2(1);
-            const double angle = 180.0 - degrees_between(normal_near(fa, pa), normal_near(fb, pb));
-            if (angle > max_angle)
+            double gap = 0;
+            gp_Vec shift;
+            BRepAdaptor_Surface sa(fa, false), sb(fb, false);
+            if (sa.GetType() == GeomAbs_Plane && sb.GetType() == GeomAbs_Plane) {
+                // Parallel planes (may_face checked): the gap is the distance between them.
+                const gp_Dir na = sa.Plane().Axis().Direction();
+                const double signed_gap =
+                    gp_Vec(sa.Plane().Location(), sb.Plane().Location()).Dot(gp_Vec(na));
+                gap = std::abs(signed_gap);
+                shift = gp_Vec(na) * -signed_gap;
+            } else {
+                BRepExtrema_DistShapeShape d(fa, fb);
+                if (!d.IsDone() || d.NbSolution() == 0)
+                    continue;
+                gap = d.Value();
+                const gp_Pnt pa = d.PointOnShape1(1), pb = d.PointOnShape2(1);
+                if (180.0 - degrees_between(normal_near(fa, pa), normal_near(fb, pb)) > max_angle)
+                    continue;
+                shift = gp_Vec(pb, pa);
+            }
+            if (gap > max_gap || (only_gaps ? gap <= touching : gap > touching))
                 continue;
             TopoDS_Shape moved = fb;
             if (gap > touching) {
-                gp_Trsf shift;
-                shift.SetTranslation(gp_Vec(pb, pa));
-                moved = BRepBuilderAPI_Transform(fb, shift, true).Shape();
+                gp_Trsf move;
+                move.SetTranslation(shift);
+                moved = BRepBuilderAPI_Transform(fb, move, true).Shape();
             }
             const double area = common_area(fa, moved, std::max(touching, 1e-3 * max_gap));
             if (area <= touching * touching)
