@@ -13,9 +13,12 @@
 #include <vtkCellArray.h>
 #include <vtkCellData.h>
 #include <vtkCommand.h>
+#include <vtkCompositeDataDisplayAttributes.h>
+#include <vtkCompositePolyDataMapper2.h>
 #include <vtkFloatArray.h>
 #include <vtkIntArray.h>
 #include <vtkMatrix4x4.h>
+#include <vtkMultiBlockDataSet.h>
 #include <vtkPointData.h>
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
@@ -178,17 +181,27 @@ struct GTarvoModelSet::Impl {
         }
     };
 
-    struct ViewActors {
-        std::array<vtkSmartPointer<vtkActor>, kRoleCount> actors;
-        long version = -1;
-        long look_stamp = -1;
+    // The pieces are drawn in kChunks groups, fixed by their key: per group and role one actor,
+    // each piece a block of it. A frame costs far more per actor than per triangle, while a
+    // changed piece makes its group's actors upload again, so a change costs a share of the
+    // model, not all of it.
+    static constexpr int kChunks = 8;
+    static int chunk_of(const PieceKey& key) {
+        return static_cast<int>(
+            (static_cast<unsigned>(key.id) * 4u + static_cast<unsigned>(key.kind)) % kChunks);
+    }
+    struct RoleActor {
+        vtkSmartPointer<vtkActor> actor;
+        vtkSmartPointer<vtkCompositePolyDataMapper2> mapper;
+        vtkSmartPointer<vtkCompositeDataDisplayAttributes> attributes;
     };
     struct ViewEntry {
         GView* view = nullptr;
         vtkRenderer* renderer = nullptr;
         unsigned long tag = 0;
         vtkSmartPointer<vtkCallbackCommand> callback;
-        std::map<PieceKey, ViewActors> actors;
+        std::array<std::array<RoleActor, kRoleCount>, kChunks> roles;
+        std::array<std::map<PieceKey, std::pair<long, long>>, kChunks> drawn; // version, look
         long camera_generation = 0;
         std::optional<Entity> preselected;
         vtkSmartPointer<vtkActor> preselect_actor;
@@ -538,42 +551,58 @@ struct GTarvoModelSet::Impl {
         update();
         follow_camera(entry);
         vtkRenderer* renderer = entry.renderer;
-        std::erase_if(entry.actors, [&](auto& item) {
-            if (pieces.count(item.first))
-                return false;
-            for (auto& actor : item.second.actors)
-                if (actor)
-                    renderer->RemoveActor(actor);
-            return true;
-        });
-        for (const auto& [key, piece] : pieces) {
-            ViewActors& va = entry.actors[key];
-            const bool rebuilt = va.version != piece.version;
-            if (!rebuilt && va.look_stamp == piece.look_stamp)
+        std::array<std::map<PieceKey, std::pair<long, long>>, kChunks> now;
+        for (const auto& [key, piece] : pieces)
+            now[static_cast<std::size_t>(chunk_of(key))][key] = {piece.version, piece.look_stamp};
+        for (int chunk = 0; chunk < kChunks; ++chunk) {
+            auto& state = now[static_cast<std::size_t>(chunk)];
+            if (state == entry.drawn[static_cast<std::size_t>(chunk)])
                 continue;
-            for (int role = 0; role < kRoleCount; ++role) {
-                vtkSmartPointer<vtkActor>& actor = va.actors[role];
-                if (rebuilt) {
-                    if (actor)
-                        renderer->RemoveActor(actor);
-                    actor = nullptr;
-                    if (piece.data[role]) {
-                        actor = vtkSmartPointer<vtkActor>::New();
-                        vtkNew<vtkPolyDataMapper> mapper;
-                        mapper->SetInputData(piece.data[role]);
-                        mapper->SetScalarModeToUseCellData();
-                        mapper->SetColorModeToDirectScalars();
-                        actor->SetMapper(mapper);
-                        renderer->AddActor(actor);
-                    }
-                }
-                if (actor)
-                    style(*actor, piece.look[role], role, renderer);
-            }
-            va.version = piece.version;
-            va.look_stamp = piece.look_stamp;
+            for (int role = 0; role < kRoleCount; ++role)
+                sync_role(entry, chunk, role);
+            entry.drawn[static_cast<std::size_t>(chunk)] = std::move(state);
         }
         renderer->ResetCameraClippingRange();
+    }
+
+    void sync_role(ViewEntry& entry, int chunk, int role) {
+        RoleActor& ra =
+            entry.roles[static_cast<std::size_t>(chunk)][static_cast<std::size_t>(role)];
+        if (!ra.actor) {
+            ra.mapper = vtkSmartPointer<vtkCompositePolyDataMapper2>::New();
+            ra.attributes = vtkSmartPointer<vtkCompositeDataDisplayAttributes>::New();
+            ra.mapper->SetCompositeDataDisplayAttributes(ra.attributes);
+            ra.mapper->SetScalarModeToUseCellData();
+            ra.mapper->SetColorModeToDirectScalars();
+            ra.actor = vtkSmartPointer<vtkActor>::New();
+            ra.actor->SetMapper(ra.mapper);
+            entry.renderer->AddActor(ra.actor);
+        }
+        vtkNew<vtkMultiBlockDataSet> blocks;
+        ra.attributes->RemoveBlockVisibilities();
+        const RoleLook* look = nullptr;
+        bool any = false;
+        unsigned int block = 0;
+        for (const auto& [key, piece] : pieces) {
+            vtkPolyData* data = piece.data[role];
+            if (!data || chunk_of(key) != chunk)
+                continue;
+            blocks->SetBlock(block++, data);
+            const RoleLook& l = piece.look[role];
+            ra.attributes->SetBlockVisibility(data, l.shown);
+            any = any || l.shown;
+            if (!look || (l.shown && !look->shown))
+                look = &l;
+        }
+        ra.mapper->SetInputDataObject(blocks);
+        ra.mapper->Modified();
+        ra.actor->SetVisibility(any);
+        if (look) {
+            // Everything but visibility depends on the role and the render mode alone.
+            RoleLook shown = *look;
+            shown.shown = any;
+            style(*ra.actor, shown, role, entry.renderer);
+        }
     }
 
     // ---- Camera ------------------------------------------------------------------------------
@@ -1047,10 +1076,10 @@ void GTarvoModelSet::detach_view(GView* view) {
         it->renderer->RemoveObserver(it->tag);
         if (it->preselect_actor)
             it->renderer->RemoveActor(it->preselect_actor);
-        for (auto& [key, va] : it->actors)
-            for (auto& actor : va.actors)
-                if (actor)
-                    it->renderer->RemoveActor(actor);
+        for (auto& chunk : it->roles)
+            for (auto& ra : chunk)
+                if (ra.actor)
+                    it->renderer->RemoveActor(ra.actor);
         views.erase(it);
         return;
     }
