@@ -20,7 +20,8 @@ class GView;
 // geometry switches of the kernel's view state.
 //
 // The model is drawn in pieces: one per volume (its surfaces, curves and vertices) and one per
-// surface, curve or vertex in no volume. An observer of the kernel's events marks the pieces a
+// surface, curve or vertex in no volume; a view draws them in a few fixed groups, one composite
+// actor per group and role. An observer of the kernel's events marks the pieces a
 // change touches; the next render of any view rebuilds those pieces alone, before drawing. After
 // a command that changed what is drawn (model, mesh, colours, visibility, view state), every
 // view is asked once for a render through GView::request_render, so a quiet view sends event 5.
