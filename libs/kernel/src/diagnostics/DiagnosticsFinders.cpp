@@ -22,6 +22,7 @@
 #include <BRepCheck_Result.hxx>
 #include <BRepExtrema_DistShapeShape.hxx>
 #include <BRepGProp.hxx>
+#include <BRepLProp_SLProps.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Tool.hxx>
 #include <GProp_GProps.hxx>
@@ -394,6 +395,29 @@ bool curved(const TopoDS_Face& face) {
     return BRepAdaptor_Surface(face).GetType() != GeomAbs_Plane;
 }
 
+// Largest principal curvature of the face at the middle of the edge; nullopt where undefined.
+std::optional<double> curvature_at(const TopoDS_Shape& edge, const TopoDS_Face& face) {
+    const TopoDS_Edge e = edge_in(face, edge);
+    if (e.IsNull())
+        return std::nullopt;
+    double first = 0, last = 0;
+    BRep_Tool::Range(e, first, last);
+    const gp_Pnt2d uv = BRepAdaptor_Curve2d(e, face).Value(0.5 * (first + last));
+    BRepLProp_SLProps props(BRepAdaptor_Surface(face), uv.X(), uv.Y(), 2, 1e-9);
+    if (!props.IsCurvatureDefined())
+        return std::nullopt;
+    return std::max(std::abs(props.MaxCurvature()), std::abs(props.MinCurvature()));
+}
+
+// A blend ends where the curvature changes; a surface that goes on with the same curvature
+// across the edge (one cylinder in two pieces) is the same feature.
+bool curvature_jumps(const TopoDS_Shape& edge, const TopoDS_Face& a, const TopoDS_Face& b) {
+    const auto ka = curvature_at(edge, a), kb = curvature_at(edge, b);
+    if (!ka || !kb)
+        return true;
+    return std::abs(*ka - *kb) > 1e-3 * std::max(*ka, *kb) + 1e-9;
+}
+
 // Neighbours of a face across its edges that meet it tangentially (within 1 degree of flat).
 std::vector<int> tangent_neighbours(int surface) {
     std::vector<int> out;
@@ -409,7 +433,7 @@ std::vector<int> tangent_neighbours(int surface) {
                 if (other.IsSame(face) || same_domain(face, other))
                     continue;
                 const auto angle = dihedral(edge, face, other);
-                if (angle && std::abs(*angle - 180.0) < 1.0) {
+                if (angle && std::abs(*angle - 180.0) < 1.0 && curvature_jumps(edge, face, other)) {
                     const int id = model().id_of(GeomKind::Surface, other);
                     if (id && !std::count(out.begin(), out.end(), id))
                         out.push_back(id);
