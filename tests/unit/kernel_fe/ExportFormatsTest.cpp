@@ -1,5 +1,6 @@
-// The mesh formats other than Exodus, each read back by a reader that is not ours: Gmsh reads
-// the .msh, VTK the .vtu, and a small Abaqus reader below the .inp. The same model (two hex
+// The mesh formats, each read back by a reader that is not ours: Gmsh reads the .msh, VTK the
+// .vtu and the Exodus file (whose definitions are written before its bulk data), and a small
+// Abaqus reader below the .inp. The same model (two hex
 // blocks, a nodeset and a sideset on one surface) must come back with the same counts, and the
 // .inp's sideset faces, looked up in Abaqus' own face table, must lie on the surface.
 
@@ -12,6 +13,7 @@
 
 #include <gmsh.h>
 #include <vtkCellData.h>
+#include <vtkExodusIIReader.h>
 #include <vtkFieldData.h>
 #include <vtkIntArray.h>
 #include <vtkNew.h>
@@ -130,6 +132,7 @@ TEST_F(ExportFormatsTest, ReadBackWithTheSameCounts) {
     run("export mesh 'm.vtu'");
     run("export mesh 'm.inp'");
     run("export mesh 'm.data' format VTU");
+    run("export mesh 'm.e'");
     EXPECT_NE(test_support::rejected(*output, "export mesh 'm.e' format stl").find("stl"),
               std::string::npos);
 
@@ -175,6 +178,22 @@ TEST_F(ExportFormatsTest, ReadBackWithTheSameCounts) {
         EXPECT_EQ(grid->GetFieldData()->GetArray("sideset_4")->GetNumberOfTuples(),
                   static_cast<vtkIdType>(sides));
     }
+
+    // Exodus II through VTK's reader.
+    vtkNew<vtkExodusIIReader> exodus;
+    exodus->SetFileName("m.e");
+    exodus->UpdateInformation();
+    EXPECT_EQ(exodus->GetNumberOfObjects(vtkExodusIIReader::ELEM_BLOCK), 2);
+    EXPECT_EQ(exodus->GetNumberOfObjects(vtkExodusIIReader::NODE_SET), 1);
+    EXPECT_EQ(exodus->GetNumberOfObjects(vtkExodusIIReader::SIDE_SET), 1);
+    EXPECT_NE(std::string(exodus->GetObjectName(vtkExodusIIReader::ELEM_BLOCK, 1)).find("right"),
+              std::string::npos);
+    EXPECT_EQ(exodus->GetNumberOfEntriesInObject(vtkExodusIIReader::ELEM_BLOCK, 0), 8);
+    EXPECT_EQ(exodus->GetNumberOfEntriesInObject(vtkExodusIIReader::NODE_SET, 0),
+              static_cast<int>(set_nodes));
+    EXPECT_EQ(exodus->GetNumberOfEntriesInObject(vtkExodusIIReader::SIDE_SET, 0),
+              static_cast<int>(sides));
+    EXPECT_EQ(exodus->GetNumberOfNodesInFile(), static_cast<int>(nodes));
 
     // Gmsh, in a model of its own so the kernel's stays as it was.
     std::string kernel_model;
