@@ -520,6 +520,16 @@ struct GTarvoModelSet::Impl {
             pieces.clear();
             structure = true;
         }
+        if (structure || !dirty_pieces.empty()) {
+            // A pre-selection drawn from the old geometry would stay behind: the next move
+            // draws it anew.
+            for (ViewEntry& entry : views)
+                if (entry.preselect_actor) {
+                    entry.renderer->RemoveActor(entry.preselect_actor);
+                    entry.preselect_actor = nullptr;
+                    entry.preselected.reset();
+                }
+        }
         if (structure) {
             const std::set<PieceKey> want = wanted();
             std::erase_if(pieces, [&](const auto& item) { return !want.count(item.first); });
