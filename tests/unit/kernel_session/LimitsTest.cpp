@@ -170,25 +170,4 @@ TEST_F(LimitsTest, ReadingAJournalHonoursTheInterrupt) {
     EXPECT_EQ(error, "ERROR: Interrupted: reading 'long.jou' stopped at line 1024");
 }
 
-TEST_F(LimitsTest, PlannedCommandsSayTheyAreNotBuiltYet) {
-    ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
-    output->take();
-    const struct {
-        std::string line, planned, topic;
-    } cases[] = {
-        {"save as 'a.tvo'", "save as", "save as"},
-        {"open 'a.tvo'", "open", "open"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rejected(c.line), "ERROR: '" + c.planned +
-                                        "' is planned but not built in this kernel yet (help " +
-                                        c.topic + ")");
-        // The hint leads to the command's section.
-        EXPECT_NE(tarvo::kernel::help_text(c.topic).find(c.planned), std::string::npos);
-    }
-    // A journal that starts with a planned command is a journal: it fails at that line.
-    write_file("plan.jou", "open 'a.tvo'\n");
-    EXPECT_NE(rejected("playback 'plan.jou'").find("not built"), std::string::npos);
-}
-
 } // namespace
