@@ -376,8 +376,7 @@ TEST_F(ListCommandTest, ReferenceMarksExactlyTheCommandsThatAreNotRegistered) {
                 << heading;
         }
     }
-    // Both kinds are there, so neither half of the check is empty.
-    EXPECT_GT(marked, 5u);
+    // Planned sections may be none (all built); the built half must not be empty.
     EXPECT_GT(built, 40u);
     const auto list_section = std::find_if(sections.begin(), sections.end(), [](const Section& s) {
         return s.heading == std::vector<std::string>{"list"};

@@ -68,10 +68,11 @@ TEST_F(BcMonitorTest, ConditionRecordsCarryTheirValues) {
           "create cfd wall on sideset 1", "create contact region on sideset 1"})
         ASSERT_TRUE(run_command(line));
 
-    QJsonObject force = record_of("force", 1);
+    const QJsonObject force = record_of("force", 1);
     EXPECT_EQ(force.value("force_value"), 10.0);
     EXPECT_EQ(force.value("force_direction_z"), -1.0);
     EXPECT_EQ(force.value("force_moment_magnitude"), 0.0);
+    EXPECT_EQ(force.value("name"), "load");
 
     // A shell temperature with only a gradient fills only the gradient; a solid one only solid.
     const QJsonObject shell = record_of("temperature", 1);

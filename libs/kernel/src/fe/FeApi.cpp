@@ -404,7 +404,10 @@ std::string get_wrt_entity(const std::string& source_type, int source_id, int si
 
 std::string get_exodus_entity_name(const std::string& entity_type, int entity_id) {
     return query("get_exodus_entity_name", std::string(), [&](const fe::FeModule& m) {
-        return m.name_of(tk::canonical_entity_type(entity_type), entity_id);
+        const std::string type = tk::canonical_entity_type(entity_type);
+        // Boundary conditions are named by the module above this one that owns them.
+        const tk::EntityCatalog* owner = m.handles(type) ? &m : tk::catalog_for(type);
+        return owner ? owner->name_of(type, entity_id) : std::string();
     });
 }
 
