@@ -1,6 +1,7 @@
 #include "monitors/WorkerTIObserve.h"
 
 #include "monitors/EntityMonitor.h"
+#include "monitors/GraphicsMonitor.h"
 #include "monitors/ModelMonitor.h"
 #include "monitors/TIObserveMonitor.h"
 
@@ -11,10 +12,8 @@
 #include <QString>
 
 // Graphics notes (highlight changes, render mode, pick types) go to the task's graphics monitor
-// before the event is recorded. That monitor is built by the graphics subsystem; until its class
-// offers note_highlighted/note_unhighlighted/note_mode_modified/note_pick_type_modified, the
-// pointer is only stored, and highlighted, unhighlighted, graphics_mode_modified and
-// graphics_pick_type_modified record the event alone, like every other row of the table.
+// before the event is recorded: every override passes its code and arguments to note_graphics,
+// which only the four graphics events answer.
 
 namespace {
 
@@ -59,6 +58,25 @@ template <typename... T> void fill(QJsonObject* record, const Field<T>&... field
 
 } // namespace
 
+void WorkerTIObserve::note_graphics(int code) {
+    if (graphics_monitor == nullptr)
+        return;
+    if (code == kModeModified)
+        graphics_monitor->note_mode_modified();
+    else if (code == kPickTypeModified)
+        graphics_monitor->note_pick_type_modified();
+}
+
+void WorkerTIObserve::note_graphics(int code,
+                                    const std::vector<std::pair<std::string, int>>& entities) {
+    if (graphics_monitor == nullptr)
+        return;
+    if (code == kHighlighted)
+        graphics_monitor->note_highlighted(entities);
+    else if (code == kUnhighlighted)
+        graphics_monitor->note_unhighlighted(entities);
+}
+
 void WorkerTIObserve::add_entity_monitor(EntityMonitor* monitor) {
     if (!monitor)
         return;
@@ -100,6 +118,7 @@ void WorkerTIObserve::mark(const std::string& type, int id) {
 
 #define TARVO_OBSERVER_EVENT(name, code, flags, marked, ...)                                       \
     void WorkerTIObserve::notify_##name(TARVO_EVENT_PARAMS(__VA_ARGS__)) {                         \
+        note_graphics(code TARVO_EVENT_ARGS(__VA_ARGS__));                                         \
         fill(add_record(code) TARVO_EV_FOR_EACH(TARVO_WORKER_FIELD, __VA_ARGS__));                 \
         TARVO_EV_FOR_EACH_IN(TARVO_WORKER_FLAG, flags)                                             \
         TARVO_WORKER_MARK marked                                                                   \

@@ -48,6 +48,15 @@ private:
     void flag(Flag setter);
     // Marks the monitor of (type, id), if the task has one.
     void mark(const std::string& type, int id);
+    // The graphics monitor's share of an event, by code: highlighted (32), unhighlighted (33),
+    // graphics_mode_modified (48), graphics_pick_type_modified (49); other events pass by.
+    static constexpr int kHighlighted = 32;
+    static constexpr int kUnhighlighted = 33;
+    static constexpr int kModeModified = 48;
+    static constexpr int kPickTypeModified = 49;
+    void note_graphics(int code);
+    void note_graphics(int code, const std::vector<std::pair<std::string, int>>& entities);
+    template <typename... Other> void note_graphics(int, const Other&...) {}
 
     TIObserveMonitor* observe_monitor = nullptr;
     GraphicsMonitor* graphics_monitor = nullptr;

@@ -9,7 +9,9 @@
 #include "transport/ClientConnection.h"
 
 #include <QJsonObject>
+
 #include <QMetaObject>
+#include <algorithm>
 
 #include <map>
 #include <mutex>
@@ -58,6 +60,14 @@ void TarvoMessageRouter::add_client(ClientConnection* client) {
     connect(
         client, &QObject::destroyed, this, [this, client] { forget_client(client); },
         Qt::DirectConnection);
+    // Views held back while the client's socket was full go out once it has drained.
+    connect(
+        client, &ClientConnection::output_drained, this,
+        [this] {
+            std::lock_guard lock(queue->notification_mutex());
+            queue->deliver_views(false);
+        },
+        Qt::QueuedConnection);
 }
 
 void TarvoMessageRouter::remove_client(ClientConnection* client) {
@@ -176,31 +186,46 @@ void TarvoMessageRouter::attach_monitors(Task& task) {
 
 void TarvoMessageRouter::test_render(ClientConnection* client, const RPCRequest& request) {
     const QJsonObject params = request.params().toObject();
-    const int count = params.value(QStringLiteral("count")).toInt(0);
+    const int count = std::min(params.value(QStringLiteral("count")).toInt(0), kMaxTestRenders);
     const int view_id = params.value(QStringLiteral("view_id")).toInt(0);
+    if (count <= 0)
+        return;
+    if (!synchronous) {
+        // One render in flight at a time, each queued when the one before has come back, so
+        // the main thread never waits and other clients are served in between.
+        queue_test_render(client, view_id, 0, count);
+        return;
+    }
     for (int i = 0; i < count; ++i) {
-        QJsonObject render_params{{QStringLiteral("view_id"), view_id}};
-        if (i == 0)
-            render_params.insert(QStringLiteral("timing"), true);
-        auto task = std::make_unique<Task>(
-            client, RPCRequest(QStringLiteral("graphics.render"), render_params));
-        attach_monitors(*task);
-        enqueue(std::move(task), true).wait();
-        // Served here directly; the events posted meanwhile find nothing left to do.
-        {
-            std::lock_guard lock(queue->notification_mutex());
-            handle_tarvo_notifications();
-        }
-        {
-            std::lock_guard lock(queue->notification_mutex());
-            handle_graphics(i + 1 == count);
-        }
-        {
-            std::lock_guard lock(queue->notification_mutex());
-            handle_completed_tarvo_task();
-        }
+        queue_test_render(client, view_id, i, count).wait();
+        serve_all();
     }
     // The request itself is never answered.
+}
+
+std::future<int> TarvoMessageRouter::queue_test_render(ClientConnection* client, int view_id, int i,
+                                                       int count) {
+    QJsonObject render_params{{QStringLiteral("view_id"), view_id}};
+    if (i == 0)
+        render_params.insert(QStringLiteral("timing"), true);
+    // The statistics are printed with the last image, whenever it is delivered.
+    if (i + 1 == count)
+        render_params.insert(QStringLiteral("print_statistics"), true);
+    auto task = std::make_unique<Task>(
+        client, RPCRequest(QStringLiteral("graphics.render"), render_params));
+    attach_monitors(*task);
+    if (!synchronous && i + 1 < count) {
+        task->then = [this, client, view_id, i, count] {
+            QMetaObject::invokeMethod(
+                this,
+                [this, client, view_id, i, count] {
+                    if (clients.count(client) != 0)
+                        queue_test_render(client, view_id, i + 1, count);
+                },
+                Qt::QueuedConnection);
+        };
+    }
+    return enqueue(std::move(task), true);
 }
 
 void TarvoMessageRouter::serve_all() {
@@ -286,5 +311,7 @@ void TarvoMessageRouter::handle_completed_tarvo_task() {
         // Then the answer, if the asking client is still there.
         if (!task->response.is_empty() && clients.count(task->client) != 0)
             task->client->send_response(task->response);
+        if (task->then && clients.count(task->client) != 0)
+            task->then();
     }
 }

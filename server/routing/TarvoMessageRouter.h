@@ -61,6 +61,7 @@ public:
     void send_notifications(const std::vector<RPCRequest>& notifications) override;
 
     static constexpr std::size_t kDefaultMaxInFlight = 100000;
+    static constexpr int kMaxTestRenders = 10000;
     void set_max_in_flight(std::size_t tasks) { max_in_flight = tasks; }
 
     // Routes one request without any synchronous waiting. The future belongs to the task that was
@@ -81,8 +82,11 @@ private:
     std::future<int> enqueue(std::unique_ptr<Task> task, bool graphics);
     // Stores the union of all clients' selections in the task.
     void attach_monitors(Task& task);
-    // graphics.test_render: renders a view `count` times, blocking the main thread.
+    // graphics.test_render: renders a view `count` times (at most kMaxTestRenders), one render
+    // in flight at a time, and prints the statistics with the last image. Asynchronous: each
+    // render is queued when the one before has come back.
     void test_render(ClientConnection* client, const RPCRequest& request);
+    std::future<int> queue_test_render(ClientConnection* client, int view_id, int i, int count);
     // Synchronous mode: serve output, views and completed tasks, each under its own lock.
     void serve_all();
     // Drops a client from every main-thread structure, without queueing anything.

@@ -1,6 +1,8 @@
 #include "routing/TarvoQueue.h"
 
 #include "graphics/GraphicsRPCRequestHandler.h"
+#include "graphics/ServerGraphicsManager.h"
+#include "graphics/ServerGraphicsView.h"
 #include "routing/ServerWorker.h"
 #include "routing/Task.h"
 #include "routing/WorkerMessageHandler.h"
@@ -8,6 +10,7 @@
 #include "routing/WorkerProgressHandler.h"
 #include "tarvo_util/TarvoMessage.h"
 #include "tarvo_util/TarvoString.h"
+#include "transport/ClientConnection.h"
 
 #include <algorithm>
 #include <iterator>
@@ -71,12 +74,8 @@ void TarvoQueue::remove_client(ClientConnection* client) {
     {
         std::lock_guard lock(notification_lock);
         removed_clients.insert(client);
-        for (auto it = dirty_views.begin(); it != dirty_views.end(); ++it) {
-            if (it->second == client) {
-                dirty_views.erase(it);
-                break;
-            }
-        }
+        // None of its views is delivered any more; the teardown below forgets them anyway.
+        std::erase_if(dirty_views, [client](const auto& entry) { return entry.second == client; });
     }
     // notification_mutex is released before queue_mutex is taken: the lock order.
     std::vector<std::unique_ptr<Task>> dropped;
@@ -102,8 +101,8 @@ void TarvoQueue::remove_client(ClientConnection* client) {
     dropped.clear();
 
     enqueue_graphics_task(std::make_unique<Task>(client, [this, client] {
-        // The views of the client are destroyed here once the render views exist (graphics
-        // stays null until then).
+        if (graphics != nullptr)
+            graphics->destroy_client_views(client);
         std::lock_guard lock(notification_lock);
         removed_clients.erase(client);
     }));
@@ -123,16 +122,25 @@ std::deque<std::unique_ptr<Task>> TarvoQueue::take_completed() {
 
 void TarvoQueue::deliver_views(bool dump_time) {
     pending &= ~bit_of(Graphics);
-    for (const auto& [view, client] : dirty_views) {
-        // A view can still be dirty after its client went (remove_client spares all but one),
-        // and its connection may be deleted by then: never deliver to a client the router no
-        // longer knows. The image delivery itself comes with the render views.
-        if (!client_connected(client))
+    for (auto it = dirty_views.begin(); it != dirty_views.end();) {
+        const auto [view, client] = *it;
+        // Its connection may be deleted already: never deliver to a client the router no
+        // longer knows.
+        if (!client_connected(client)) {
+            it = dirty_views.erase(it);
             continue;
-        (void)view;
-        (void)dump_time;
+        }
+        // A client that hasn't taken what it was sent before keeps its views waiting here, so
+        // that no frame queues behind another in the socket: when its output has drained, it
+        // gets the latest frame of each, once.
+        if (client->unsent_bytes() > 0) {
+            client->want_drained_signal();
+            ++it;
+            continue;
+        }
+        view->deliver(client, dump_time);
+        it = dirty_views.erase(it);
     }
-    dirty_views.clear();
 }
 
 void TarvoQueue::stop() {
@@ -157,6 +165,8 @@ void TarvoQueue::mark_view_dirty(ServerGraphicsView* view, ClientConnection* cli
         if (removed_clients.count(client) != 0)
             return;
         dirty_views.emplace(view, client);
+        if (batching_renders)
+            batched_views.insert(view);
         post = !batching_renders && raise(Graphics);
     }
     if (post)
@@ -166,6 +176,11 @@ void TarvoQueue::mark_view_dirty(ServerGraphicsView* view, ClientConnection* cli
 void TarvoQueue::forget_view(ServerGraphicsView* view) {
     std::lock_guard lock(notification_lock);
     dirty_views.erase(view);
+    batched_views.erase(view);
+}
+
+GTarvoModelSet* TarvoQueue::model_set() {
+    return server_worker->model_set();
 }
 
 bool TarvoQueue::is_batching_renders() {
@@ -184,15 +199,16 @@ void TarvoQueue::complete_task(std::unique_ptr<Task> task) {
 }
 
 void TarvoQueue::set_render_batching(bool on) {
-    std::map<ServerGraphicsView*, ClientConnection*> to_render;
+    std::set<ServerGraphicsView*> to_render;
     {
         std::lock_guard lock(notification_lock);
-        if (batching_renders)
-            to_render = dirty_views;
+        to_render.swap(batched_views);
     }
-    // Each view collected during the batch renders once here, outside the lock, when the
-    // render views exist; marking them dirty is what their render does.
-    (void)to_render;
+    // Each view collected during the batch renders once here, outside the lock; its render
+    // marks it dirty again, now with the new frame. Views are destroyed only on this thread,
+    // and forgotten when they are, so every one in the copy is alive.
+    for (ServerGraphicsView* view : to_render)
+        view->render();
     std::lock_guard lock(notification_lock);
     if (!on && !dirty_views.empty() && raise(Graphics))
         deferred_posts |= bit_of(Graphics);
@@ -261,7 +277,8 @@ void TarvoQueue::run() {
     auto messages = std::make_shared<WorkerMessageHandler>(this);
     auto progress = std::make_shared<WorkerProgressHandler>(this);
     server_worker->initialize(messages, progress);
-    // The graphics manager is made here, after the kernel is up, once the render views exist.
+    auto views = std::make_unique<ServerGraphicsManager>(this);
+    graphics = views.get();
 
     std::unique_lock lock(queue_mutex);
     for (;;) {
@@ -339,6 +356,9 @@ void TarvoQueue::run() {
     }
     lock.unlock();
 
+    // The views go while the kernel and its model set are still there.
+    graphics = nullptr;
+    views.reset();
     server_worker->shutdown();
     // The handlers stay attached while the kernel closes; what it prints then is not served.
     TarvoMessage::instance()->set_message_handler(nullptr);

@@ -16,6 +16,7 @@
 // while queue_mutex is held, and the promise of a completed task, wait until the worker thread
 // releases queue_mutex; the bit is set at once, so a burst still costs one post.
 
+#include "graphics/RenderQueue.h"
 #include "json_rpc/RPCObject.h"
 
 #include <condition_variable>
@@ -40,7 +41,7 @@ class Task;
 class TarvoString;
 class WorkerOutput;
 
-class TarvoQueue {
+class TarvoQueue : public RenderQueue {
 public:
     // The kinds of report from the worker thread; each has one bit in `pending`.
     enum NotificationType { Output = 0, TaskCompleted = 1, Graphics = 2 };
@@ -50,7 +51,7 @@ public:
     TarvoQueue(ServerWorker* worker, std::function<void(NotificationType)> notify);
     // Stops the thread if stop() was not called. Tasks still waiting are freed, neither run nor
     // answered: the process is ending.
-    ~TarvoQueue();
+    ~TarvoQueue() override;
     TarvoQueue(const TarvoQueue&) = delete;
     TarvoQueue& operator=(const TarvoQueue&) = delete;
 
@@ -84,9 +85,10 @@ public:
 
     ServerWorker* worker() const { return server_worker; }
     // A view with a new image. Ignored while its client's views are being torn down.
-    void mark_view_dirty(ServerGraphicsView* view, ClientConnection* client);
-    void forget_view(ServerGraphicsView* view);
-    bool is_batching_renders();
+    void mark_view_dirty(ServerGraphicsView* view, ClientConnection* client) override;
+    void forget_view(ServerGraphicsView* view) override;
+    bool is_batching_renders() override;
+    GTarvoModelSet* model_set() override;
     // With queue_mutex held. The post and the task's promise follow when the worker thread
     // releases queue_mutex (release_queue).
     void complete_task(std::unique_ptr<Task> task);
@@ -124,16 +126,19 @@ private:
     // The client whose request runs now; null between tasks and for action tasks. queue_mutex.
     ClientConnection* running_client = nullptr;
     ServerWorker* server_worker; // not owned
-    // Exists only while the thread runs, owned by it. The render views come with the graphics
-    // work; until then it stays null and graphics requests find no method.
+    // Exists only while the thread runs, owned by it: made after the kernel is up, destroyed
+    // before it goes down.
     ServerGraphicsManager* graphics = nullptr;
     std::deque<std::unique_ptr<Task>> kernel_tasks;    // queue_mutex
     std::deque<std::unique_ptr<Task>> graphics_tasks;  // queue_mutex
     std::deque<std::unique_ptr<Task>> completed_tasks; // notification_mutex
     std::function<void(NotificationType)> notify;
     std::unique_ptr<WorkerOutput> output; // notification_mutex
-    // View to its client; notification_mutex. Keyed by view, so "first" means lowest address.
+    // View to its client; notification_mutex. A view leaves it when it is delivered or destroyed
+    // (the view table forgets every view it destroys), so it never holds a dead view.
     std::map<ServerGraphicsView*, ClientConnection*> dirty_views;
+    // Views marked while batching: each renders once when the pass ends. notification_mutex.
+    std::set<ServerGraphicsView*> batched_views;
     std::set<ClientConnection*> removed_clients; // notification_mutex
     bool batching_renders = false;               // notification_mutex
     // Raised under queue_mutex, sent by release_queue; worker thread only, so no lock.

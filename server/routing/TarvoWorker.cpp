@@ -10,6 +10,8 @@
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
+#include <pixlane/PXDrawTool.h>
+
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -41,6 +43,8 @@ void TarvoWorker::shutdown() {
     if (observer == nullptr)
         return;
     observer->unregister_observer();
+    // It watches the kernel, so it goes first.
+    PXDrawTool::release_model_set();
     TarvoInterface::destroy();
     observer.reset();
 }
@@ -64,9 +68,12 @@ void TarvoWorker::begin_task(Task* task, bool graphics_only) {
             for (const auto& pair : pairs)
                 events.insert(pair.first);
             task->monitors.push_back(std::make_unique<TIObserveMonitor>(std::move(events)));
+        } else if (kind == QLatin1String("graphics")) {
+            std::set<int> notes;
+            for (const auto& pair : pairs)
+                notes.insert(pair.first);
+            task->monitors.push_back(std::make_unique<GraphicsMonitor>(std::move(notes)));
         }
-        // "graphics": the graphics monitor reads the render views' pick state and comes with
-        // them; until then the key is stored but no data is computed for it.
     }
 
     for (const auto& owned : task->monitors) {
@@ -106,8 +113,7 @@ void TarvoWorker::interrupt() {
 }
 
 GTarvoModelSet* TarvoWorker::model_set() {
-    // The drawing library's model set comes with the render views; there is nothing to draw yet.
-    return nullptr;
+    return PXDrawTool::tarvo_model_set();
 }
 
 MonitorResult TarvoWorker::process_monitor_request(MonitorRegistry* registry,

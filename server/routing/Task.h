@@ -45,6 +45,9 @@ public:
     RPCRequest request;   // empty for monitor and action tasks
     RPCResponse response; // empty: nothing to answer
     std::function<void()> action;
+    // Main thread, once the task's monitor data and response went out, if its client is still
+    // connected; it runs under the queue's notification mutex and so may only post.
+    std::function<void()> then;
     // Which monitors to set up, the union over all clients at the time of queueing.
     MonitorSelection selection;
     std::vector<std::unique_ptr<DataMonitor>> monitors;

@@ -20,7 +20,9 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
+#include <utility>
 
 class MessageRouter;
 
@@ -66,9 +68,19 @@ public:
     // the payload as a binary frame; the client pairs them by position.
     void send_binary(const BinaryMessage& message);
 
+    // Main thread. Output the socket has not taken yet, as the server's probe tells it (0
+    // without one). Image delivery waits while there is any, and asks with want_drained_signal
+    // to hear output_drained once it is all gone.
+    qint64 unsent_bytes() const { return unsent_probe ? unsent_probe() : 0; }
+    void set_unsent_probe(std::function<qint64()> probe) { unsent_probe = std::move(probe); }
+    void want_drained_signal() { drained_wanted = true; }
+    bool take_drained_wish() { return std::exchange(drained_wanted, false); }
+
 signals:
     void send_text_message(QString message);
     void send_binary_message(QByteArray message);
+    // Everything sent has left for the socket, and someone asked to be told.
+    void output_drained();
 
 public slots:
     void receive_text_message(QString message);
@@ -82,4 +94,6 @@ private:
     bool debug_json;
     // Oldest first.
     std::deque<std::unique_ptr<PendingBatch>> pending_batches;
+    std::function<qint64()> unsent_probe;
+    bool drained_wanted = false;
 };

@@ -129,6 +129,12 @@ void TarvoServer::connection() {
     connect(client, &ClientConnection::send_text_message, this, &TarvoServer::send_text_message);
     connect(client, &ClientConnection::send_binary_message, this,
             &TarvoServer::send_binary_message);
+    // Image delivery waits for a client that hasn't taken its last frames yet.
+    client->set_unsent_probe([socket] { return socket->bytesToWrite(); });
+    connect(socket, &QWebSocket::bytesWritten, client, [socket, client] {
+        if (socket->bytesToWrite() == 0 && client->take_drained_wish())
+            emit client->output_drained();
+    });
 
     router->add_client(client);
     log_message(tr("Connected to %1 on port %2")

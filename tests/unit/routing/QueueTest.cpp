@@ -124,7 +124,7 @@ TEST_F(QueueTest, GraphicsTasksOvertakeKernelTasksOfALaterPass) {
 
     auto completed = take_completed();
     ASSERT_EQ(completed.size(), 4u);
-    // No graphics method exists yet: the graphics table answers "method not found".
+    // Not graphics method names: the graphics table answers "method not found".
     EXPECT_EQ(completed[1]->response.error_code(),
               static_cast<int>(json_rpc::ErrorCode::MethodNotFound));
     EXPECT_EQ(completed[3]->response.result().toString(), "k2");

@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -275,18 +277,28 @@ TEST_F(RouterTest, KernelPrintingReachesSubscribersBeforeTheAnswer) {
     EXPECT_EQ(frames[0].object().value("id").toInt(), 3);
 }
 
-TEST_F(RouterTest, TestRenderQueuesTimedRendersAndNeverAnswers) {
+TEST_F(RouterTest, TestRenderQueuesOneRenderAtATimeWithoutWaitingAndNeverAnswers) {
     call(a, "graphics.test_render", 1, QJsonObject{{"count", 0}, {"view_id", 7}});
     call(a, "graphics.test_render", 2);
     EXPECT_TRUE(worker.begun_tasks().empty());
 
-    call(a, "graphics.test_render", 3, QJsonObject{{"count", 2}, {"view_id", 7}});
+    call(a, "graphics.test_render", 3, QJsonObject{{"count", 3}, {"view_id", 7}});
+    // The call came back at once; the second render waits until the main thread has seen the
+    // first one come back.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(worker.begun_tasks().size(), 1u);
+    // Each next render is queued once the one before has come back to the main thread.
+    for (int i = 0; i < 2000 && worker.begun_tasks().size() < 3; ++i) {
+        process_posted_events();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     const auto begun = worker.begun_tasks();
-    ASSERT_EQ(begun.size(), 2u);
+    ASSERT_EQ(begun.size(), 3u);
     EXPECT_EQ(begun[0].method, "graphics.render");
     EXPECT_TRUE(begun[0].graphics_only);
     EXPECT_EQ(begun[0].params, (QJsonObject{{"view_id", 7}, {"timing", true}}));
     EXPECT_EQ(begun[1].params, (QJsonObject{{"view_id", 7}}));
+    EXPECT_EQ(begun[2].params, (QJsonObject{{"view_id", 7}, {"print_statistics", true}}));
     process_posted_events();
     EXPECT_TRUE(a.frames.empty());
 }
