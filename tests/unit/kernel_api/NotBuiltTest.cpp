@@ -19,7 +19,7 @@ namespace {
 // Functions declared in tarvo/TarvoInterface.h.
 constexpr int declared_functions = 492;
 // The most placeholders allowed. Lower it whenever functions land, so it can only go down.
-constexpr int not_built_ceiling = 326;
+constexpr int not_built_ceiling = 15;
 
 // Pulls every object file of the API into this binary, so that every placeholder has listed
 // itself before the tests run.
