@@ -402,4 +402,19 @@ TEST_F(BcTest, CompareGeometryAndMesh) {
     EXPECT_TRUE(full.empty());
 }
 
+TEST_F(BcTest, ConditionsFollowTheGeometry) {
+    run("create box 1");
+    run("create box 1");
+    run("move volume 2 by 5 0 0");
+    run("create pressure on surface 1 7 magnitude 1");
+    const auto surfaces = [] { return TI::parse_tarvo_list("surface", "in pressure 1"); };
+    run("delete volume 1");
+    EXPECT_EQ(surfaces(), std::vector<int>{7});
+    EXPECT_EQ(recorder.count("bc_entity_modified pressure 1 modified"), 1u);
+    run("compress ids");
+    EXPECT_EQ(surfaces(), std::vector<int>{1});
+    run("undo");
+    EXPECT_EQ(surfaces(), std::vector<int>{7});
+}
+
 } // namespace

@@ -508,6 +508,26 @@ bool BcModule::delete_coordinate_systems(const std::vector<int>& ids) {
     return true;
 }
 
+void BcModule::follow(const std::string& type, int old_id, int new_id) {
+    const auto moved = [&](Target& t) {
+        if (t.type != type || t.id != old_id)
+            return false;
+        t.id = new_id;
+        return true;
+    };
+    for (auto& [key, piece] : state_.conditions) {
+        Condition c = *piece;
+        bool changed = moved(c.reference);
+        for (Target& t : c.on)
+            changed = moved(t) || changed;
+        if (!changed)
+            continue;
+        std::erase_if(c.on, [](const Target& t) { return t.id == 0; });
+        piece = std::make_shared<const Condition>(std::move(c));
+        emit_condition(piece->kind, piece->id, "modified");
+    }
+}
+
 void BcModule::replace_state(BcState state) {
     const BcState before = std::move(state_);
     state_ = std::move(state);
@@ -594,6 +614,41 @@ void BcModule::clear_state() {
     replace_state({});
 }
 
+namespace {
+
+// Deleted geometry and sets leave the conditions that lay on them, and renumbered geometry
+// (`compress ids`) is followed, so that an id a condition holds always names what it was given.
+// Undo puts the whole state back itself, so events of a restore are not followed.
+class Watcher : public TIObserve {
+public:
+    void notify_volume_deleted(int id) override { follow("volume", id, 0); }
+    void notify_surface_deleted(int id) override { follow("surface", id, 0); }
+    void notify_free_surface_deleted(int id) override { follow("surface", id, 0); }
+    void notify_curve_deleted(int id) override { follow("curve", id, 0); }
+    void notify_free_curve_deleted(int id) override { follow("curve", id, 0); }
+    void notify_vertex_deleted(int id) override { follow("vertex", id, 0); }
+    void notify_free_vertex_deleted(int id) override { follow("vertex", id, 0); }
+    void notify_id_changed(const std::string& type, int old_id, int new_id) override {
+        follow(type, old_id, new_id);
+    }
+    void notify_genesis_entity_modified(const std::string& type, int id,
+                                        const std::string& action) override {
+        if (action == "deleted")
+            follow(type, id, 0);
+    }
+
+private:
+    static void follow(const std::string& type, int old_id, int new_id) {
+        if (g_module && !performing_undo())
+            g_module->follow(type, old_id, new_id);
+    }
+};
+
+// A plain pointer, as in the other modules: the observer list may be gone at static destruction.
+Watcher* g_watcher = nullptr;
+
+} // namespace
+
 } // namespace tarvo::kernel::bc
 
 namespace tarvo::kernel {
@@ -604,11 +659,16 @@ void init_bc_module() {
     add_undo_participant(bc::g_module.get());
     bc::register_bc_commands();
     bc::register_bc_file_section();
+    if (!bc::g_watcher)
+        bc::g_watcher = new bc::Watcher();
+    bc::g_watcher->register_observer();
 }
 
 void shutdown_bc_module() {
     if (!bc::g_module)
         return;
+    delete bc::g_watcher; // unregisters it
+    bc::g_watcher = nullptr;
     bc::unregister_bc_file_section();
     remove_undo_participant(bc::g_module.get());
     remove_entity_catalog(bc::g_module.get());

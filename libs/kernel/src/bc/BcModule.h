@@ -225,6 +225,10 @@ public:
     bool put_coordinate_system(CoordinateSystem cs);
     bool delete_coordinate_systems(const std::vector<int>& ids);
 
+    // Geometry or a set (type, old_id) became new_id; 0: it was deleted and leaves every
+    // condition (a constraint whose reference goes keeps reference id 0).
+    void follow(const std::string& type, int old_id, int new_id);
+
     PropertyCatalog& properties() { return properties_; }
 
     // Replaces the whole state (the native file), emitting the events of the difference.
