@@ -18,6 +18,7 @@
 #include <chrono>
 #include <iomanip>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -96,7 +97,7 @@ void ServerGraphicsView::start_timing() {
 
 void ServerGraphicsView::request_statistics() {
     std::lock_guard lock(mutex);
-    statistics_requested = true;
+    statistics_at_capture = true;
 }
 
 void ServerGraphicsView::on_render_start() {
@@ -128,6 +129,10 @@ void ServerGraphicsView::capture() {
         image.fill(Qt::black);
     if (render_count != -1)
         ++render_count;
+    // Tied to this frame: a delivery of the frame before it, which the main thread may be
+    // making right now, must not print them early.
+    if (std::exchange(statistics_at_capture, false))
+        statistics_requested = true;
 }
 
 void ServerGraphicsView::deliver(ClientConnection* client, bool dump_time) {

@@ -43,7 +43,8 @@ public:
     void render();
     // Switches the render and image statistics on (graphics.render with "timing").
     void start_timing();
-    // The statistics go to standard output at the next delivery, then switch off again.
+    // The statistics go to standard output with the delivery of the next frame captured (or a
+    // later one), then switch off again.
     void request_statistics();
 
     // ---- Main thread, queue's notification mutex held ------------------------------------
@@ -73,5 +74,6 @@ private:
     double render_start = 0;
     double image_time = 0;
     int32_t image_count = -1;
+    bool statistics_at_capture = false;
     bool statistics_requested = false;
 };
