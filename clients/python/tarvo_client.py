@@ -39,6 +39,8 @@ import websockets
 
 __all__ = [
     "BinaryMessage",
+    "View",
+    "decode_image",
     "RPCError",
     "ServerProcess",
     "ServerStartError",
@@ -226,6 +228,7 @@ class TarvoClient:
         self._binary = _Inbox()
         self._unmatched = _Inbox()  # responses no call waits for (errors with a null id)
         self._header = None
+        self._views = {}  # view id -> View, whose images go to that view
         self._reader = asyncio.get_running_loop().create_task(self._read())
 
     @staticmethod
@@ -360,6 +363,30 @@ class TarvoClient:
         """The oldest response that no call waited for, e.g. the error for a malformed frame."""
         return await self._unmatched.get(timeout)
 
+    # render views
+
+    async def open_view(self, width=None, height=None, format="rgb"):
+        """Creates a render view on the server and returns a View, or None when the server has
+        no graphics. With both width and height the server renders at once, so the first image
+        is on its way; without them nothing comes until the view is resized or rendered."""
+        params = {"format": format}
+        if width is not None:
+            params["width"] = width
+        if height is not None:
+            params["height"] = height
+        pending = View(self, None, format)
+        view_id = await self.call("graphics.create_view", params)
+        if view_id is None:
+            return None
+        pending.id = view_id
+        self._views[view_id] = pending
+        # Images that arrived before the id was known were kept with the others.
+        for message in [m for m in self._binary.items
+                        if m.name == "graphics.image_data" and m.params.get("id") == view_id]:
+            self._binary.items.remove(message)
+            pending._images.put(message)
+        return pending
+
     # publish/subscribe
 
     async def subscribe(self, *notifications):
@@ -399,7 +426,11 @@ class TarvoClient:
         if self._header is not None:
             method, params = self._header
             self._header = None
-            self._binary.put(BinaryMessage(method[len("binary_header."):], params, payload))
+            message = BinaryMessage(method[len("binary_header."):], params, payload)
+            view = None
+            if message.name == "graphics.image_data":
+                view = self._views.get(params.get("id"))
+            (view._images if view is not None else self._binary).put(message)
 
     def _on_text(self, text):
         try:
@@ -431,3 +462,116 @@ class TarvoClient:
             self._header = (method, params or {})
         else:
             self._notifications[method].put(params)
+
+
+# --- render views ----------------------------------------------------------------------------------
+
+_IMAGE_FILES = {"bmp", "jpg", "png", "ppm", "xbm", "xpm"}
+
+
+def decode_image(message):
+    """The pixels of an image message as a numpy array of shape (height, width, channels), top
+    row first: 3 channels (RGB) for "rgb", "lz4" and "jpg", 4 (RGBA) for "rgba" and "lz4a";
+    the image files ("png", "bmp", ...) keep the channels of the file, as Pillow reads them.
+    Needs numpy, and Pillow for the files and lz4 for the compressed frames."""
+    import numpy
+
+    fmt = message.params["format"]
+    width, height = message.params["width"], message.params["height"]
+    payload = message.payload
+    if fmt in _IMAGE_FILES:
+        import io
+
+        from PIL import Image
+
+        with Image.open(io.BytesIO(payload)) as image:
+            if image.mode not in ("RGB", "RGBA", "L"):
+                image = image.convert("RGBA" if "A" in image.mode else "RGB")
+            pixels = numpy.asarray(image)
+        return pixels if pixels.ndim == 3 else pixels[:, :, None]
+    if fmt in ("lz4", "lz4a"):
+        import lz4.frame
+
+        payload = lz4.frame.decompress(payload)
+    channels = 3 if fmt in ("rgb", "lz4") else 4
+    # Rows are padded to a multiple of 4 bytes.
+    stride = (width * channels + 3) & ~3
+    rows = numpy.frombuffer(payload, dtype=numpy.uint8, count=stride * height)
+    return rows.reshape(height, stride)[:, :width * channels].reshape(height, width, channels)
+
+
+class View:
+    """A render view on the server, made by `TarvoClient.open_view`. Its images come only to
+    this client; `next_image()` gives the next one as a BinaryMessage, `next_array()` as a
+    numpy array, `save_png(path)` writes the next one to a PNG file. Input goes as
+    notifications (no answer, as a window sends a stream of events); coordinates are pixels
+    of the view, from the top left."""
+
+    def __init__(self, client, view_id, format):
+        self.client = client
+        self.id = view_id
+        self.format = format
+        self._images = _Inbox()
+
+    async def next_image(self, timeout=60):
+        return await self._images.get(timeout)
+
+    def latest_image(self):
+        """Takes every image received so far and returns the newest, or None."""
+        items = self._images.items
+        newest = items[-1] if items else None
+        items.clear()
+        return newest
+
+    async def next_array(self, timeout=60):
+        return decode_image(await self.next_image(timeout))
+
+    async def save_png(self, path, timeout=60):
+        """Writes the next image to `path` as PNG and returns its array."""
+        from PIL import Image
+
+        pixels = await self.next_array(timeout)
+        Image.fromarray(pixels if pixels.shape[2] != 1 else pixels[:, :, 0]).save(path, "PNG")
+        return pixels
+
+    async def _send(self, method, **params):
+        await self.client.notify("graphics." + method, {"view_id": self.id, **params})
+
+    async def render(self, timing=False):
+        await self.client.call("graphics.render", {"view_id": self.id, "timing": timing})
+
+    async def resize(self, width, height):
+        await self.client.call("graphics.graphics_resize",
+                               {"view_id": self.id, "width": width, "height": height})
+
+    async def close(self):
+        self.client._views.pop(self.id, None)
+        return await self.client.call("graphics.destroy_view", {"view_id": self.id})
+
+    async def mouse_move(self, x, y, shift=False, control=False):
+        await self._send("mouse_move", mouse_x=x, mouse_y=y, shift_pressed=shift,
+                         control_pressed=control)
+
+    async def mouse_press(self, x, y, button="left", shift=False, control=False):
+        await self._send("mouse_button_pressed", button=button, mouse_x=x, mouse_y=y,
+                         shift_pressed=shift, control_pressed=control)
+
+    async def mouse_release(self, x, y, button="left", shift=False, control=False):
+        await self._send("mouse_button_released", button=button, mouse_x=x, mouse_y=y,
+                         shift_pressed=shift, control_pressed=control)
+
+    async def click(self, x, y, button="left", shift=False, control=False):
+        await self.mouse_press(x, y, button, shift, control)
+        await self.mouse_release(x, y, button, shift, control)
+
+    async def mouse_wheel(self, x, y, forward=True, shift=False, control=False):
+        await self._send("mouse_wheel", delta=1 if forward else -1, mouse_x=x, mouse_y=y,
+                         shift_pressed=shift, control_pressed=control)
+
+    async def key(self, text, key=0, shift=False, control=False, count=1):
+        """A key pressed and released: `text` as typed ("a", "" for keys without text), `key`
+        the Qt key code (needed when there is no text, e.g. 0x1000000 for Escape)."""
+        params = dict(key=key, key_text=text, shift_pressed=shift, control_pressed=control,
+                      count=count)
+        await self._send("key_pressed", **params)
+        await self._send("key_released", **params)
