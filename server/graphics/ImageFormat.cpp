@@ -52,6 +52,32 @@ QByteArray lz4_frame(const QImage& image) {
     return payload;
 }
 
+// The capture (blue, green, red, alpha; bottom row first) as true RGB or RGBA with the top row
+// first, in one pass: the same as rgbSwapped, mirrored and, for three bytes a pixel, a
+// conversion to RGB888, without the two intermediate images. The padding at the end of 3-byte
+// rows is zeroed, so that what goes to a client is defined to the last byte.
+QImage true_colour(const QImage& frame, bool three_bytes) {
+    const int w = frame.width();
+    const int h = frame.height();
+    QImage out(w, h, three_bytes ? QImage::Format_RGB888 : QImage::Format_RGBA8888);
+    const int step = three_bytes ? 3 : 4;
+    for (int y = 0; y < h; ++y) {
+        const uchar* in = frame.constScanLine(h - 1 - y);
+        uchar* row = out.scanLine(y);
+        for (int x = 0; x < w; ++x, in += 4, row += step) {
+            row[0] = in[2];
+            row[1] = in[1];
+            row[2] = in[0];
+            if (!three_bytes)
+                row[3] = in[3];
+        }
+        const qsizetype pad = out.bytesPerLine() - static_cast<qsizetype>(w) * step;
+        if (pad > 0)
+            std::memset(row, 0, static_cast<size_t>(pad));
+    }
+    return out;
+}
+
 } // namespace
 
 int code_of(const QString& name) {
@@ -72,17 +98,7 @@ QString header_name(int code) {
 QByteArray encode(const QImage& frame, int code) {
     if (code < 0 || code >= static_cast<int>(kHeader.size()) || frame.isNull())
         return {};
-    QImage image = frame.rgbSwapped();
-    image.mirror(false, true);
-    if (code == Rgb || code == Png || code == Lz4) {
-        image = image.convertToFormat(QImage::Format_RGB888);
-        // The conversion leaves the padding at the end of each row as it found the memory;
-        // what goes to a client is defined to the last byte.
-        const qsizetype used = static_cast<qsizetype>(image.width()) * 3;
-        const qsizetype pad = image.bytesPerLine() - used;
-        for (int y = 0; pad > 0 && y < image.height(); ++y)
-            std::memset(image.scanLine(y) + used, 0, static_cast<size_t>(pad));
-    }
+    const QImage image = true_colour(frame, code == Rgb || code == Png || code == Lz4);
     switch (code) {
     case Rgb:
     case Rgba:
