@@ -5,9 +5,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -18,21 +16,12 @@ namespace TI = TarvoInterface;
 
 namespace {
 
-class BcTest : public ::testing::Test {
+class BcTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("bc", output));
-        recorder.register_observer();
-        TI::silent_cmd("echo off");
+    BcTest()
+        : KernelTest("bc", {"bc_entity_modified", "constraint_modified", "material_modified",
+                            "media_modified", "boundary_layer_created", "boundary_layer_deleted"}) {
     }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-    void run(const std::string& line) {
-        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
     // A 2-unit box meshed as one hex, in block 1, with nodeset 1 and sideset 1 on surface 1.
     void one_hex() {
         run("create box 2");
@@ -57,13 +46,6 @@ protected:
             out += "layer " + std::to_string(id) + ";";
         return out;
     }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::EventRecorder recorder{{"bc_entity_modified", "constraint_modified",
-                                          "material_modified", "media_modified",
-                                          "boundary_layer_created", "boundary_layer_deleted"}};
-    test_support::ScratchSession session;
 };
 
 struct Family {

@@ -6,9 +6,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -157,26 +155,9 @@ std::vector<std::string> listing(const fs::path& dir) {
     return names;
 }
 
-class NativeFileTest : public ::testing::Test {
+class NativeFileTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("exchange", output));
-        recorder.register_observer();
-        TI::silent_cmd("echo off");
-    }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-    void run(const std::string& line) {
-        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::EventRecorder recorder;
-    test_support::ScratchSession session;
+    NativeFileTest() : KernelTest("exchange") {}
 };
 
 TEST_F(NativeFileTest, SaveResetOpenGivesBackEveryAnswer) {

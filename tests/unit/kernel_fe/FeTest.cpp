@@ -4,9 +4,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -20,21 +18,9 @@ namespace TI = TarvoInterface;
 
 namespace {
 
-class FeTest : public ::testing::Test {
+class FeTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("fe", output));
-        recorder.register_observer();
-        TI::silent_cmd("echo off");
-    }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-    void run(const std::string& line) {
-        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
+    FeTest() : KernelTest("fe", {"genesis_entity_modified"}) {}
     // A 10-unit box meshed 2 x 2 x 2: 8 hexes, 27 nodes, 4 quads and 9 nodes a side.
     void meshed_box() {
         run("create box 10");
@@ -58,11 +44,6 @@ protected:
                    std::to_string(TI::get_exodus_element_count(s, "sideset")) + ";";
         return out;
     }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::EventRecorder recorder{{"genesis_entity_modified"}};
-    test_support::ScratchSession session;
 };
 
 TEST_F(FeTest, ContainersAnswerFromTheMesh) {

@@ -4,9 +4,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -16,21 +14,9 @@ namespace {
 
 using Ids = std::vector<int>;
 
-class GroupTest : public ::testing::Test {
+class GroupTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("groups", output));
-        recorder.register_observer();
-        TI::silent_cmd("echo off");
-    }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-    void run(const std::string& line) {
-        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
+    GroupTest() : KernelTest("groups", {"group_created", "group_modified", "group_deleted"}) {}
     // Every group with its direct members, to compare before and after.
     static std::string dump() {
         std::string out;
@@ -46,11 +32,6 @@ protected:
         }
         return out + " next " + std::to_string(TI::get_next_group_id());
     }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::EventRecorder recorder{{"group_created", "group_modified", "group_deleted"}};
-    test_support::ScratchSession session;
 };
 
 TEST_F(GroupTest, GroupsHoldAnyMixAndNest) {
