@@ -8,48 +8,16 @@ frames before the answer are exactly the task's; for any other client a later ga
 ("pubsub.list", answered at once on the main thread) collects everything that came before it.
 Nothing here waits for something not to happen."""
 
-import json
 
 import pytest
 
-from e2e_support import GATE, run
+from e2e_support import exchange, gate, run
 from tarvo_client import TarvoClient
 
 
 GEOMETRY_KEYS = {"volume", "surface", "curve", "vertex", "bodies"}
 ALL_MODEL_KEYS = GEOMETRY_KEYS | {"groups", "blocks", "sidesets", "nodesets", "fea_bcs",
                                   "cfd_bcs", "materials", "boundary_layers"}
-
-
-def monitor_frames(frames):
-    """The monitor frames among `frames`, each as a list of (method, params) in frame order."""
-    found = []
-    for frame in frames:
-        if not isinstance(frame, str):
-            continue
-        message = json.loads(frame)
-        items = message if isinstance(message, list) else [message]
-        if items and all(isinstance(item, dict) and
-                         str(item.get("method", "")).startswith("datamonitor.") for item in items):
-            assert all("id" not in item for item in items), "monitor data are notifications"
-            found.append([(item["method"], item.get("params")) for item in items])
-    return found
-
-
-async def exchange(client, method, params=None):
-    """Sends a request; returns its result and the monitor frames that came before the answer."""
-    before = len(client.frames)
-    response = await client.request(method, params)
-    assert "error" not in response, response
-    return response.get("result"), monitor_frames(client.frames[before:-1])
-
-
-async def gate(client):
-    """The monitor frames a client received since its last gate (or since it connected)."""
-    start = getattr(client, "gate_mark", 0)
-    await client.request(GATE)
-    client.gate_mark = len(client.frames)
-    return monitor_frames(client.frames[start:-1])
 
 
 async def command(client, line):
