@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <exodusII.h>
+
 #include <cmath>
 #include <functional>
 
@@ -400,3 +402,52 @@ TEST_F(BcTest, ConditionsFollowTheGeometry) {
 }
 
 } // namespace
+
+// Pressures reach the side set's distribution factors and forces the node set's, on every node;
+// materials and conditions are named in the info records; a set two pressures share gets no
+// factors rather than one of them.
+TEST_F(BcTest, ExodusCarriesPressuresForcesAndMaterials) {
+    one_hex();
+    run("sideset 2 add surface 2");
+    run("create pressure on sideset 1 magnitude 2.5");
+    run("create pressure on sideset 2 magnitude 1");
+    run("create pressure on sideset 2 magnitude 3");
+    run("create force on nodeset 1 magnitude 40 direction 0 0 -1");
+    run("create material 'steel' property 'ELASTIC_MODULUS' value 2e11 property 'DENSITY' value "
+        "7850");
+    run("material 'steel' block 1");
+    run("export mesh 'setup.e'");
+
+    int cpu = 8, io = 0;
+    float version = 0;
+    const int exo = ex_open("setup.e", EX_READ, &cpu, &io, &version);
+    ASSERT_GE(exo, 0);
+    const auto factors = [&](ex_entity_type type, int id) {
+        int64_t entries = 0, count = 0;
+        EXPECT_EQ(ex_get_set_param(exo, type, id, &entries, &count), 0);
+        std::vector<double> values(static_cast<size_t>(count));
+        if (count > 0) {
+            EXPECT_EQ(ex_get_set_dist_fact(exo, type, id, values.data()), 0);
+        }
+        return values;
+    };
+    EXPECT_EQ(factors(EX_SIDE_SET, 1), std::vector<double>(4, 2.5)); // one quad side
+    EXPECT_TRUE(factors(EX_SIDE_SET, 2).empty());
+    EXPECT_EQ(factors(EX_NODE_SET, 1), std::vector<double>(4, 40.0));
+
+    const int count = static_cast<int>(ex_inquire_int(exo, EX_INQ_INFO));
+    std::vector<std::vector<char>> store(static_cast<size_t>(count),
+                                         std::vector<char>(MAX_LINE_LENGTH + 1, 0));
+    std::vector<char*> lines;
+    for (auto& line : store)
+        lines.push_back(line.data());
+    ASSERT_EQ(ex_get_info(exo, lines.data()), 0);
+    ex_close(exo);
+    std::string all;
+    for (const char* line : lines)
+        all += std::string(line) + "\n";
+    EXPECT_NE(all.find("block 1 material 'steel' E 2e+11 nu - rho 7850"), std::string::npos) << all;
+    EXPECT_NE(all.find("pressure 1 on sideset 1: pressure 2.5"), std::string::npos) << all;
+    EXPECT_NE(all.find("force 1 on nodeset 1: force 40 along 0 0 -1"), std::string::npos) << all;
+    EXPECT_NE(all.find("sideset 2: several pressures"), std::string::npos) << all;
+}

@@ -659,6 +659,7 @@ void init_bc_module() {
     add_undo_participant(bc::g_module.get());
     bc::register_bc_commands();
     bc::register_bc_file_section();
+    fe::set_exodus_extras_provider([] { return bc::exodus_extras_of(bc::g_module->state()); });
     if (!bc::g_watcher)
         bc::g_watcher = new bc::Watcher();
     bc::g_watcher->register_observer();
@@ -670,6 +671,7 @@ void shutdown_bc_module() {
     delete bc::g_watcher; // unregisters it
     bc::g_watcher = nullptr;
     bc::unregister_bc_file_section();
+    fe::set_exodus_extras_provider({});
     remove_undo_participant(bc::g_module.get());
     remove_entity_catalog(bc::g_module.get());
     bc::g_module.reset();

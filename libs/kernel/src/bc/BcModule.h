@@ -28,6 +28,7 @@
 
 #include "core/EntityCatalog.h"
 #include "core/Undo.h"
+#include "fe/ExodusExtras.h"
 #include "mesh/MeshTypes.h"
 #include "tarvo/MaterialInterface.h"
 
@@ -257,6 +258,8 @@ private:
 // The live module between init_bc_module() and shutdown_bc_module(); null otherwise.
 BcModule* bc_module();
 void register_bc_commands();
+// What the set-up adds to an Exodus export (BcExodus.cpp).
+fe::ExodusExtras exodus_extras_of(const BcState& state);
 // The native file's "bc" section (BcFile.cpp).
 void register_bc_file_section();
 void unregister_bc_file_section();

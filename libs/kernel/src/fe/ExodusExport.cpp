@@ -1,7 +1,9 @@
 // The Exodus II writer of `export mesh`, through the Exodus C API: coordinates with the kernel's
 // node ids as the node map, blocks with their attributes, node sets, side sets, names, a QA and
-// an info record.
+// info records (ours, then those of the analysis set-up), with the set distribution factors the
+// set-up gives (ExodusExtras.h).
 
+#include "fe/ExodusExtras.h"
 #include "fe/MeshExport.h"
 #include "mesh/MeshTypes.h"
 #include "tarvo/TarvoInterface.h"
@@ -10,10 +12,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <iterator>
+#include <map>
 #include <stdexcept>
 
 namespace tarvo::kernel::fe {
@@ -74,7 +79,7 @@ private:
     int fd = -1;
 };
 
-void write_qa_and_info(int exo) {
+void write_qa_and_info(int exo, const std::vector<std::string>& extra_info) {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     std::tm local{};
     localtime_r(&now, &local);
@@ -86,9 +91,34 @@ void write_qa_and_info(int exo) {
     for (int i = 0; i < 4; ++i)
         qa[0][i] = fields[i].data();
     check(ex_put_qa(exo, 1, qa), "the QA record");
-    CStrings info(
-        {"Mesh exported by tarvo_server, kernel tarvoi19 " + TarvoInterface::get_version()});
-    check(ex_put_info(exo, 1, info.data()), "the info record");
+    std::vector<std::string> lines{"Mesh exported by tarvo_server, kernel tarvoi19 " +
+                                   TarvoInterface::get_version()};
+    for (const std::string& line : extra_info)
+        lines.push_back(line.substr(0, MAX_LINE_LENGTH));
+    CStrings info(lines);
+    check(ex_put_info(exo, static_cast<int>(lines.size()), info.data()), "the info records");
+}
+
+// Corner count of each side of a side set, found from the laid-out block of each element
+// (global ids run through the blocks in order).
+std::vector<int> side_node_counts(const Layout& layout, const std::vector<int>& elements,
+                                  const std::vector<int>& sides) {
+    std::vector<std::pair<int, ElemKind>> firsts; // first global id of each block, its kind
+    int next = 1;
+    for (const auto& b : layout.blocks) {
+        firsts.emplace_back(next, b.kind);
+        next += static_cast<int>(b.elements.size());
+    }
+    std::vector<int> counts;
+    counts.reserve(elements.size());
+    for (size_t i = 0; i < elements.size(); ++i) {
+        const auto block = std::upper_bound(firsts.begin(), firsts.end(), elements[i],
+                                            [](int id, const auto& f) { return id < f.first; });
+        const auto& faces = mesh::topology(std::prev(block)->second).faces;
+        const size_t side = static_cast<size_t>(sides[i] - 1);
+        counts.push_back(side < faces.size() ? static_cast<int>(faces[side].size()) : 2);
+    }
+    return counts;
 }
 
 } // namespace
@@ -98,6 +128,7 @@ void write_qa_and_info(int exo) {
 // after the header (3 s of a 1M-hex export went to ten sets written after the coordinates).
 void write_exodus(const ExportData& data, const std::string& path) {
     const Layout& layout = data.layout;
+    const ExodusExtras extras = exodus_extras();
     ExodusFile file(path);
     const int exo = file.id;
     check(ex_put_init(exo, "tarvo_server mesh", 3, static_cast<int64_t>(data.node_ids.size()),
@@ -123,23 +154,36 @@ void write_exodus(const ExportData& data, const std::string& path) {
     }
     for (const auto& [set, nodes] : data.nodesets) {
         const std::string what = "nodeset " + std::to_string(set->id);
-        check(ex_put_set_param(exo, EX_NODE_SET, set->id, static_cast<int64_t>(nodes.size()), 0),
+        const bool factors = extras.nodeset_factors.contains(set->id) && !nodes.empty();
+        check(ex_put_set_param(exo, EX_NODE_SET, set->id, static_cast<int64_t>(nodes.size()),
+                               factors ? static_cast<int64_t>(nodes.size()) : 0),
               what);
         if (!nodes.empty())
             check(ex_put_set(exo, EX_NODE_SET, set->id, nodes.data(), nullptr), what);
         if (!set->name.empty())
             check(ex_put_name(exo, EX_NODE_SET, set->id, set->name.c_str()), what + " name");
     }
+    std::map<int, std::vector<double>> side_factors; // by side set id, written with the bulk data
     for (const auto& [set, elems, sides] : data.sidesets) {
         const std::string what = "sideset " + std::to_string(set->id);
-        check(ex_put_set_param(exo, EX_SIDE_SET, set->id, static_cast<int64_t>(elems.size()), 0),
+        if (const auto f = extras.sideset_factors.find(set->id);
+            f != extras.sideset_factors.end() && !elems.empty()) {
+            int count = 0;
+            for (int n : side_node_counts(layout, elems, sides))
+                count += n;
+            side_factors[set->id].assign(static_cast<size_t>(count), f->second);
+        }
+        const auto factors = side_factors.find(set->id);
+        check(ex_put_set_param(
+                  exo, EX_SIDE_SET, set->id, static_cast<int64_t>(elems.size()),
+                  factors == side_factors.end() ? 0 : static_cast<int64_t>(factors->second.size())),
               what);
         if (!elems.empty())
             check(ex_put_set(exo, EX_SIDE_SET, set->id, elems.data(), sides.data()), what);
         if (!set->name.empty())
             check(ex_put_name(exo, EX_SIDE_SET, set->id, set->name.c_str()), what + " name");
     }
-    write_qa_and_info(exo);
+    write_qa_and_info(exo, extras.info);
     CStrings axes({"x", "y", "z"});
     check(ex_put_coord_names(exo, axes.data()), "the coordinate names");
     // The node map is defined on its first write: before the coordinates, so that nothing
@@ -148,6 +192,17 @@ void write_exodus(const ExportData& data, const std::string& path) {
 
     // Bulk data: nothing is defined from here on.
     check(ex_put_coord(exo, data.x.data(), data.y.data(), data.z.data()), "the coordinates");
+    for (const auto& [set, nodes] : data.nodesets) {
+        if (const auto f = extras.nodeset_factors.find(set->id);
+            f != extras.nodeset_factors.end() && !nodes.empty()) {
+            const std::vector<double> values(nodes.size(), f->second);
+            check(ex_put_set_dist_fact(exo, EX_NODE_SET, set->id, values.data()),
+                  "nodeset " + std::to_string(set->id) + " distribution factors");
+        }
+    }
+    for (const auto& [id, values] : side_factors)
+        check(ex_put_set_dist_fact(exo, EX_SIDE_SET, id, values.data()),
+              "sideset " + std::to_string(id) + " distribution factors");
     for (size_t i = 0; i < layout.blocks.size(); ++i) {
         const auto& b = layout.blocks[i];
         const Block& block = *b.block;
