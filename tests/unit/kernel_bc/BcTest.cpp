@@ -181,6 +181,8 @@ TEST_F(BcTest, BadInputIsRefusedAndChangesNothing) {
         {"modify material 'steel' property 'ELASTIC_MODULUS' value 0", "must be positive"},
         {"delete material 'iron'", "'iron' does not exist"},
         {"material 'steel' block 4", "block 4 does not exist"},
+        {"block 4 material 'steel'", "block 4 does not exist"},
+        {"block 1 material 'iron'", "'iron' does not exist"},
         {"create boundary layer uniform height 0.1 growth 1.2 rows 3 add surface 1 volume 2",
          "not a surface of volume 2"},
         {"create constraint rigid reference vertex 99 dependent surface 1", "'vertex 99' names"},
@@ -415,7 +417,7 @@ TEST_F(BcTest, ExodusCarriesPressuresForcesAndMaterials) {
     run("create force on nodeset 1 magnitude 40 direction 0 0 -1");
     run("create material 'steel' property 'ELASTIC_MODULUS' value 2e11 property 'DENSITY' value "
         "7850");
-    run("material 'steel' block 1");
+    run("block 1 material 'steel'");
     run("export mesh 'setup.e'");
 
     int cpu = 8, io = 0;

@@ -6,6 +6,7 @@
 #include "core/Command.h"
 #include "core/Session.h"
 #include "core/Valfold.h"
+#include "fe/FeModule.h"
 #include "tarvo/TarvoTypes.h"
 
 #include <cctype>
@@ -580,7 +581,16 @@ bool create_coordinate_system(Cursor& c) {
 
 } // namespace
 
+// `block <id> material '<name>'`, the rest of the line after fe's block command read the id.
+static bool block_material(Cursor& c, int block) {
+    const Material* found = read_material(c, false);
+    if (!found || !c.expect_end())
+        return false;
+    return bc_module()->assign_material(found->id, {block});
+}
+
 void register_bc_commands() {
+    fe::set_block_material_handler(block_material);
     for (const KindInfo& k : kinds()) {
         if (is_cfd_kind(k.code))
             continue;

@@ -672,6 +672,7 @@ void shutdown_bc_module() {
     bc::g_watcher = nullptr;
     bc::unregister_bc_file_section();
     fe::set_exodus_extras_provider({});
+    fe::set_block_material_handler({});
     remove_undo_participant(bc::g_module.get());
     remove_entity_catalog(bc::g_module.get());
     bc::g_module.reset();

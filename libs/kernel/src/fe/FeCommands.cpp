@@ -46,15 +46,21 @@ bool read_id(Cursor& c, const char* type, int& id) {
     return true;
 }
 
+BlockMaterialHandler g_block_material;
+
 bool block_command(Cursor& c) {
     int id = 0;
     if (!read_id(c, "block", id))
         return false;
     int verb = -1;
-    if (!c.choice({"add", "remove", "element", "name", "attribute", "description"}, verb))
-        return c.fail("expected add, remove, element type, name, attribute or description after "
-                      "'block " +
+    if (!c.choice({"add", "remove", "element", "name", "attribute", "description", "material"},
+                  verb))
+        return c.fail("expected add, remove, element type, name, attribute, description or "
+                      "material after 'block " +
                       std::to_string(id) + "'");
+    if (verb == 6)
+        return g_block_material ? g_block_material(c, id)
+                                : c.fail("materials are not available in this kernel");
     FeModule& fe = *fe_module();
     if (verb <= 1) {
         std::vector<Member> members;
@@ -173,11 +179,16 @@ bool export_mesh_command(Cursor& c) {
 
 } // namespace
 
+void set_block_material_handler(BlockMaterialHandler handler) {
+    g_block_material = std::move(handler);
+}
+
 void register_fe_commands() {
     register_command(
         {"block", block_command, true,
          "block <id> add|remove <list> | element type <type> | name|description '<text>' "
-         "| attribute count <n> | attribute index <i> value <v> [name '<text>']"});
+         "| attribute count <n> | attribute index <i> value <v> [name '<text>'] "
+         "| material '<name>'"});
     register_command(
         {"nodeset", nodeset_command, true, "nodeset <id> add <list> | name|description '<text>'"});
     register_command(

@@ -23,10 +23,12 @@
 //
 // Threading: kernel thread only.
 
+#include "core/Command.h"
 #include "core/EntityCatalog.h"
 #include "core/Undo.h"
 #include "mesh/MeshTypes.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -201,6 +203,11 @@ private:
 // The live module between init_fe_module() and shutdown_fe_module(); null otherwise.
 FeModule* fe_module();
 void register_fe_commands();
+// `block <id> material '<name>'`: materials live in the bc module above fe, which installs the
+// handler of the rest of the line at its start (and an empty one at its end). Without one the
+// verb is refused.
+using BlockMaterialHandler = std::function<bool(Cursor&, int block_id)>;
+void set_block_material_handler(BlockMaterialHandler handler);
 void register_group_commands();  // FeGroups.cpp
 void register_fe_file_section(); // FeFile.cpp
 
