@@ -27,7 +27,13 @@ const QJsonValue kNull(QJsonValue::Null);
 // The kernel utility event that tells listeners that the pick types changed.
 constexpr int kPickTypesChanged = 18;
 
-int modifiers(bool shift, bool control) {
+// The modifier value of "shift_pressed" and "control_pressed": a member that is absent or not
+// a boolean counts as not pressed.
+int read_modifiers(const QJsonObject& params) {
+    bool shift = false;
+    bool control = false;
+    read_bool(params, "shift_pressed", shift);
+    read_bool(params, "control_pressed", control);
     return (shift ? PXUtil::kShift : 0) + (control ? PXUtil::kControl : 0);
 }
 
@@ -91,13 +97,9 @@ std::optional<GraphicsCall> parse_key(const QJsonObject& params, ServerGraphicsM
     to_int(params.value(QLatin1String("key")), key);
     to_int(params.value(QLatin1String("count")), count);
     std::string text;
-    bool shift = false;
-    bool control = false;
     read_string(params, "key_text", text);
-    read_bool(params, "shift_pressed", shift);
-    read_bool(params, "control_pressed", control);
     const KeySymbol symbol = key_symbol(QString::fromStdString(text), key);
-    const int mods = modifiers(shift, control);
+    const int mods = read_modifiers(params);
     return on_view(manager, *id, [=](GView& view) {
         if (Press)
             view.invoke_keypress(mods, symbol.key_code, count, symbol.key_sym);
@@ -118,15 +120,11 @@ std::optional<GraphicsCall> parse_button(const QJsonObject& params, ServerGraphi
     std::string button;
     int32_t x = 0;
     int32_t y = 0;
-    bool shift = false;
-    bool control = false;
     read_string(params, "button", button);
     to_int(params.value(QLatin1String("mouse_x")), x);
     to_int(params.value(QLatin1String("mouse_y")), y);
-    read_bool(params, "shift_pressed", shift);
-    read_bool(params, "control_pressed", control);
     const int which = button_of(button);
-    const int mods = modifiers(shift, control);
+    const int mods = read_modifiers(params);
     return on_view(manager, *id, [=](GView& view) {
         // Another button name makes the event disappear, answered like a done one.
         if (which == 0)
@@ -148,13 +146,9 @@ std::optional<GraphicsCall> parse_move(const QJsonObject& params, ServerGraphics
         return std::nullopt;
     int32_t x = 0;
     int32_t y = 0;
-    bool shift = false;
-    bool control = false;
     to_int(params.value(QLatin1String("mouse_x")), x);
     to_int(params.value(QLatin1String("mouse_y")), y);
-    read_bool(params, "shift_pressed", shift);
-    read_bool(params, "control_pressed", control);
-    const int mods = modifiers(shift, control);
+    const int mods = read_modifiers(params);
     return on_view(manager, *id, [=](GView& view) { view.invoke_mouse_move(x, y, mods); });
 }
 
@@ -169,14 +163,10 @@ std::optional<GraphicsCall> parse_wheel(const QJsonObject& params, ServerGraphic
     int32_t delta = 0;
     int32_t x = 0;
     int32_t y = 0;
-    bool shift = false;
-    bool control = false;
     to_int(params.value(QLatin1String("delta")), delta);
     to_int(params.value(QLatin1String("mouse_x")), x);
     to_int(params.value(QLatin1String("mouse_y")), y);
-    read_bool(params, "shift_pressed", shift);
-    read_bool(params, "control_pressed", control);
-    const int mods = modifiers(shift, control);
+    const int mods = read_modifiers(params);
     // Only the sign counts, and 0 is a step backward.
     const bool forward = delta >= 1;
     return on_view(manager, *id,
@@ -227,19 +217,15 @@ std::optional<GraphicsCall> parse_mapping(const QJsonObject& params, ServerGraph
         return std::nullopt;
     std::string button;
     std::string operation;
-    bool shift = false;
-    bool control = false;
     bool modeless = false;
     read_string(params, "button", button);
     read_string(params, "operation", operation);
-    read_bool(params, "shift_pressed", shift);
-    read_bool(params, "control_pressed", control);
     read_bool(params, "modeless", modeless);
     // Unlike a button event, a mapping never fails: another name means the left button.
     const int which = button_of(button);
     const auto b = static_cast<PXUtil::Button>(which == 0 ? PXUtil::Left : which);
     const PXUtil::MouseFunc function = operation_of(operation);
-    const int mods = modifiers(shift, control);
+    const int mods = read_modifiers(params);
     return [=]() -> QJsonValue {
         GInteractorStyleBase::assign_mouse_function(modeless, function, b, mods);
         return kNull;
