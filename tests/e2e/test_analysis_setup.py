@@ -95,5 +95,10 @@ def test_time_step_of_a_steel_cube_matches_the_hand_value(server):
                                         "density": rho, "youngs_modulus": e / 4,
                                         "poissons_ratio": nu})
             assert softer == pytest.approx(2 * by_hand, rel=1e-9)
+            # Without a density the given values are not used: the block's material is.
+            ignored = await client.call("calculate_timestep_estimate",
+                                        {"entity_type": "block", "entity_ids": [1],
+                                         "youngs_modulus": e / 4})
+            assert ignored == step
 
     run(scenario())

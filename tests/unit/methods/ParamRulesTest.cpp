@@ -125,32 +125,6 @@ TEST(ParamRules, FilterCountIsLenient) {
     TarvoInterface::set_pick_type("volume", true);
 }
 
-// What a call answers and what it prints on the error channel.
-template <typename Call> std::pair<double, std::vector<std::string>> observed(Call run) {
-    auto capture = ErrorCapture::install();
-    const double answer = run();
-    capture->uninstall();
-    return {answer, capture->lines()};
-}
-
-// The wrapper answers and prints what the public function it should reach answers and prints.
-TEST(ParamRules, TimestepEstimateChoosesItsKernelFunctionByDensity) {
-    namespace TI = TarvoInterface;
-    const auto wrapped = [](const char* params) {
-        return observed(
-            [params] { return call("calculate_timestep_estimate", params).toDouble(); });
-    };
-    const auto plain = observed([] { return TI::calculate_timestep_estimate("hex", {1}); });
-    const auto with_props =
-        observed([] { return TI::calculate_timestep_estimate_with_props("hex", {1}, 1, 0, 0); });
-    if (plain == with_props)
-        GTEST_SKIP() << "both kernel functions answer alike here: nothing tells them apart";
-    // A modulus without a density is ignored.
-    EXPECT_EQ(wrapped(R"({"entity_type": "hex", "entity_ids": [1], "youngs_modulus": 2e11})"),
-              plain);
-    EXPECT_EQ(wrapped(R"({"entity_type": "hex", "entity_ids": [1], "density": 1})"), with_props);
-}
-
 TEST(ParamRules, FilenameMethodsIgnoreParams) {
     // Whatever is sent, the kernel is handed empty members: the answer is what the public
     // function makes of those.
