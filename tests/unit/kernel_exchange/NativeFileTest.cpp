@@ -177,6 +177,10 @@ TEST_F(NativeFileTest, SaveResetOpenGivesBackEveryAnswer) {
     run("curve 1 bias 1.3");
     run("mesh volume 1");
     run("mesh volume 2");
+    // One interval: curves and faces without nodes of their own.
+    run("create box 1 at 0 -20 0");
+    run("volume 4 interval 1");
+    run("mesh volume 4");
     run("block 1 add volume 1");
     run("block 1 name 'steel'");
     run("nodeset 3 add surface 1");

@@ -67,8 +67,10 @@ SectionCommit read_mesh(FileReader& in, uint32_t) {
         std::string_view raw = in.raw(nodes * sizeof(Point3));
         if (nodes)
             std::memcpy(piece->nodes.data(), raw.data(), raw.size());
-        if (piece->first_node < 1 ||
-            static_cast<int64_t>(piece->first_node) + static_cast<int64_t>(nodes) > next_node)
+        // A piece without nodes of its own (a curve of one interval) has no first node id.
+        if (nodes > 0 &&
+            (piece->first_node < 1 ||
+             static_cast<int64_t>(piece->first_node) + static_cast<int64_t>(nodes) > next_node))
             in.fail("node ids beyond the node counter");
         piece->params = in.array<double>();
         const uint64_t blocks = in.count(5);
