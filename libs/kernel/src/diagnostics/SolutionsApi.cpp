@@ -90,41 +90,46 @@ get_solutions_for_forced_sweepability(int volume_id, std::vector<int>& source_su
     });
 }
 
-std::vector<std::vector<std::string>>
-get_solutions_for_small_surfaces(int surface_id, double small_curve_size, double mesh_size) {
-    const char* what = "get_solutions_for_small_surfaces";
+} // namespace TarvoInterface
+
+namespace {
+
+// The advice for one small feature: the entity must exist and both sizes be positive.
+Solutions small_feature_solutions(const char* what, GeomKind kind, int id, double small_curve_size,
+                                  double mesh_size, Solutions (*advise)(int, double)) {
     return run(what, Solutions{}, [&] {
-        if (!exists(GeomKind::Surface, surface_id, what) ||
+        if (!exists(kind, id, what) ||
             !dg::positive_value(small_curve_size, what, "the small curve size") ||
             !dg::positive_value(mesh_size, what, "the mesh size"))
             return Solutions{};
-        return dg::small_surface_solutions(surface_id, small_curve_size);
+        return advise(id, small_curve_size);
     });
+}
+
+} // namespace
+
+namespace TarvoInterface {
+
+std::vector<std::vector<std::string>>
+get_solutions_for_small_surfaces(int surface_id, double small_curve_size, double mesh_size) {
+    return small_feature_solutions("get_solutions_for_small_surfaces", GeomKind::Surface,
+                                   surface_id, small_curve_size, mesh_size,
+                                   &dg::small_surface_solutions);
 }
 
 std::vector<std::vector<std::string>>
 get_solutions_for_small_curves(int curve_id, double small_curve_size, double mesh_size) {
-    const char* what = "get_solutions_for_small_curves";
-    return run(what, Solutions{}, [&] {
-        if (!exists(GeomKind::Curve, curve_id, what) ||
-            !dg::positive_value(small_curve_size, what, "the small curve size") ||
-            !dg::positive_value(mesh_size, what, "the mesh size"))
-            return Solutions{};
-        return dg::small_curve_solutions(curve_id, small_curve_size);
-    });
+    return small_feature_solutions("get_solutions_for_small_curves", GeomKind::Curve, curve_id,
+                                   small_curve_size, mesh_size, &dg::small_curve_solutions);
 }
 
+// A narrow region is removed as a small surface is.
 std::vector<std::vector<std::string>>
 get_solutions_for_surfaces_with_narrow_regions(int surface_id, double small_curve_size,
                                                double mesh_size) {
-    const char* what = "get_solutions_for_surfaces_with_narrow_regions";
-    return run(what, Solutions{}, [&] {
-        if (!exists(GeomKind::Surface, surface_id, what) ||
-            !dg::positive_value(small_curve_size, what, "the small curve size") ||
-            !dg::positive_value(mesh_size, what, "the mesh size"))
-            return Solutions{};
-        return dg::small_surface_solutions(surface_id, small_curve_size);
-    });
+    return small_feature_solutions("get_solutions_for_surfaces_with_narrow_regions",
+                                   GeomKind::Surface, surface_id, small_curve_size, mesh_size,
+                                   &dg::small_surface_solutions);
 }
 
 bool get_solutions_for_source_target(
