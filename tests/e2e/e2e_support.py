@@ -46,6 +46,18 @@ async def exchange(client, method, params=None):
     return response.get("result"), monitor_frames(client.frames[before:-1])
 
 
+def events_in(frames):
+    """The kernel events (TIObserve records) in monitor `frames`, in order."""
+    return [event for frame in frames for method, params in frame
+            if method == "datamonitor.TIObserve" for event in params]
+
+
+async def command(client, line):
+    """Runs one command line; returns its result and the kernel events that came with it."""
+    result, frames = await exchange(client, "cmd", {"input_string": line})
+    return result, events_in(frames)
+
+
 async def gate(client):
     """The monitor frames a client received since its last gate (or since it connected)."""
     start = getattr(client, "gate_mark", 0)

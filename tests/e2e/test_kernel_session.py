@@ -3,11 +3,10 @@ through the query methods, kernel events through a TIObserve monitor. Every numb
 is worked out by hand from the commands (a 10 x 10 x 10 block with a radius 2 hole through it),
 not read back from an earlier answer of the server."""
 
-import json
 import math
 import os
 
-from e2e_support import run
+from e2e_support import command, run
 from tarvo_client import TarvoClient
 
 BLOCK = 10.0 ** 3
@@ -24,17 +23,7 @@ class Session:
 
     async def cmd(self, line):
         """Runs one command; returns (result, the events of this task in order)."""
-        before = len(self.client.frames)
-        result = await self.client.call("cmd", {"input_string": line})
-        events = []
-        for frame in self.client.frames[before:]:
-            if not isinstance(frame, str):
-                continue
-            message = json.loads(frame)
-            for item in message if isinstance(message, list) else [message]:
-                if isinstance(item, dict) and item.get("method") == "datamonitor.TIObserve":
-                    events.extend(item["params"])
-        return result, events
+        return await command(self.client, line)
 
     async def ok(self, line):
         result, events = await self.cmd(line)

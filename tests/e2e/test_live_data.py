@@ -11,7 +11,7 @@ Nothing here waits for something not to happen."""
 
 import pytest
 
-from e2e_support import exchange, gate, run
+from e2e_support import events_in, exchange, gate, run
 from tarvo_client import TarvoClient
 
 
@@ -42,8 +42,7 @@ def model_messages(frame):
 
 
 def events(frame):
-    return [event for method, params in frame if method == "datamonitor.TIObserve"
-            for event in params]
+    return events_in([frame])
 
 
 def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(server):

@@ -3,28 +3,15 @@ and score the elements, events name what was meshed, an entity monitor reports t
 bad request changes nothing. The counts are worked out by hand (a 10 x 10 x 10 block with 10
 intervals a side is 1000 hexes on 11^3 nodes)."""
 
-import json
-
-from e2e_support import run
+from e2e_support import events_in, exchange, run
 from tarvo_client import TarvoClient
 
 
 async def cmd(client, line):
-    before = len(client.frames)
-    result = await client.call("cmd", {"input_string": line})
-    events, records = [], []
-    for frame in client.frames[before:]:
-        if not isinstance(frame, str):
-            continue
-        message = json.loads(frame)
-        for item in message if isinstance(message, list) else [message]:
-            if not isinstance(item, dict):
-                continue
-            if item.get("method") == "datamonitor.TIObserve":
-                events.extend(item["params"])
-            elif item.get("method") == "datamonitor.entity_monitor":
-                records.append(item["params"])
-    return result, events, records
+    result, frames = await exchange(client, "cmd", {"input_string": line})
+    records = [params for frame in frames for method, params in frame
+               if method == "datamonitor.entity_monitor"]
+    return result, events_in(frames), records
 
 
 def test_a_block_meshed_queried_scored_and_undone(server):

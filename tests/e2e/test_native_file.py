@@ -3,9 +3,7 @@ back through the query methods, and the events (tvo_file_saved, the created even
 model, tvo_file_read) through a TIObserve monitor. A truncated file is refused with the model
 left as it was."""
 
-import json
-
-from e2e_support import run
+from e2e_support import command, run
 from tarvo_client import TarvoClient
 
 EVENTS = ["command_complete", "model_reset", "volume_created", "mesh_created",
@@ -14,15 +12,8 @@ EVENTS = ["command_complete", "model_reset", "volume_created", "mesh_created",
 
 async def ok(client, line):
     """Runs one command that must succeed; returns the kernel events of it, in order."""
-    before = len(client.frames)
-    assert await client.call("cmd", {"input_string": line}) is True, line
-    events = []
-    for frame in client.frames[before:]:
-        if isinstance(frame, str):
-            message = json.loads(frame)
-            for item in message if isinstance(message, list) else [message]:
-                if isinstance(item, dict) and item.get("method") == "datamonitor.TIObserve":
-                    events.extend(item["params"])
+    result, events = await command(client, line)
+    assert result is True, line
     return events
 
 
