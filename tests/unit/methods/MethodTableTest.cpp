@@ -11,16 +11,6 @@ TEST(MethodTable, HasTheWholeSurfaceOnceEach) {
     EXPECT_EQ(distinct.size(), static_cast<qsizetype>(names.size())) << "a name appears twice";
 }
 
-TEST(MethodTable, OpensWithTheSixEarlyNames) {
-    const auto& names = TarvoRPCRequestHandler::method_names();
-    ASSERT_GE(names.size(), 6u);
-    const std::vector<QString> first(names.begin(), names.begin() + 6);
-    EXPECT_EQ(first, (std::vector<QString>{
-                         "process_input_files", "set_tarvo_interrupt",
-                         "set_playback_paused_on_error", "is_playback_paused_on_error",
-                         "developer_commands_are_enabled", "add_filename_to_recent_file_list"}));
-}
-
 TEST(MethodTable, EveryNameBuildsAWrapperUnderEveryPrefix) {
     TarvoRPCRequestHandler handler;
     for (const QString& name : TarvoRPCRequestHandler::method_names()) {
