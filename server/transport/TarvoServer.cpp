@@ -1,9 +1,9 @@
 #include "TarvoServer.h"
 
 #include "ClientConnection.h"
+#include "ClientListener.h"
 #include "MessageRouter.h"
 #include "log_message.h"
-#include "socket_options.h"
 #include "tls_material.h"
 
 #include <QAbstractEventDispatcher>
@@ -21,14 +21,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, quint16 port,
                          bool use_tls, const QString& connection_id, bool debug_json,
                          QObject* parent)
     : QObject(parent), router(router), connection_id(connection_id), debug_json(debug_json) {
-    server = std::make_unique<QWebSocketServer>(
-        QStringLiteral("TarvoServer"),
-        use_tls ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode, nullptr);
+    // The WebSocket server never listens itself: the listener accepts each client and hands it
+    // over, having terminated TLS when it is on (see ClientListener.h for why).
+    server = std::make_unique<QWebSocketServer>(QStringLiteral("TarvoServer"),
+                                                QWebSocketServer::NonSecureMode, nullptr);
+    std::optional<QSslConfiguration> tls;
     if (use_tls) {
         // Clients are local and connect to "localhost"; nothing is gained by asking them for
         // certificates, and the built-in certificate is meant to go unverified.
@@ -40,14 +43,17 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
         ssl.setLocalCertificate(certificate);
         ssl.setPrivateKey(key);
         ssl.setProtocol(QSsl::SecureProtocols);
-        server->setSslConfiguration(ssl);
+        tls = ssl;
     }
+    listener = std::make_unique<ClientListener>(std::move(tls));
+    connect(listener.get(), &ClientListener::accepted, server.get(),
+            &QWebSocketServer::handleConnection);
+    connect(listener.get(), &ClientListener::sslErrors, this, &TarvoServer::onSslErrors);
     // The listener is on the loopback address; a system proxy must never stand in between.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
 
     connect(server.get(), &QWebSocketServer::newConnection, this, &TarvoServer::connection);
     connect(server.get(), &QWebSocketServer::closed, this, &TarvoServer::closed);
-    connect(server.get(), &QWebSocketServer::sslErrors, this, &TarvoServer::onSslErrors);
     // Asked during each handshake, before the connection exists; a refusal answers the
     // handshake with 403 and closes the socket.
     connect(server.get(), &QWebSocketServer::originAuthenticationRequired, this,
@@ -61,8 +67,9 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
         connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
                 &TarvoServer::flush_sockets);
 
-    if (!server->listen(address, port)) {
-        log_message(tr("Error: %1\nFailed to setup WebSocket server.").arg(server->errorString()));
+    if (!listener->listen(address, port)) {
+        log_message(
+            tr("Error: %1\nFailed to setup WebSocket server.").arg(listener->errorString()));
         // The worker thread is already initialising the kernel. exit() would run the static
         // destructors of the kernel's libraries under its feet, and the process would crash
         // instead of ending with status -1; quick_exit skips them. Output is flushed by hand,
@@ -71,23 +78,26 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
         std::quick_exit(-1);
     }
     // A launching process reads this line to learn the port, so it keeps its plain form.
-    std::printf("Listening on port %d\n", static_cast<int>(server->serverPort()));
+    std::printf("Listening on port %d\n", static_cast<int>(listener->serverPort()));
     std::fflush(stdout);
 }
 
 TarvoServer::~TarvoServer() {
     // Deleting a socket can emit disconnected(); cut the sockets off first, so that no slot of
-    // this half-destroyed server runs. The clients go with `connections`, the sockets with the
-    // server's children.
-    for (const Connection& connection : connections)
+    // this half-destroyed server runs. The sockets go here, before the listener, whose Qt
+    // children their TCP sockets may still be; the clients go with `connections`.
+    for (const Connection& connection : connections) {
         connection.socket->disconnect(this);
+        delete connection.socket;
+    }
     connections.clear();
     unflushed.clear();
+    listener->close();
     server->close();
 }
 
 quint16 TarvoServer::port() const {
-    return server->serverPort();
+    return listener->serverPort();
 }
 
 void TarvoServer::connection() {
@@ -114,8 +124,6 @@ void TarvoServer::connection() {
             return;
         }
     }
-
-    set_low_delay(socket, server.get());
 
     pending.release()->setParent(this);
     connections.push_back(Connection{std::make_unique<ClientConnection>(debug_json), socket});

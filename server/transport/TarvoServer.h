@@ -38,6 +38,7 @@
 #include <vector>
 
 class ClientConnection;
+class ClientListener;
 class MessageRouter;
 class QWebSocket;
 class QWebSocketCorsAuthenticator;
@@ -103,6 +104,9 @@ private:
     void flush_sockets();
     void check_origin(QWebSocketCorsAuthenticator* authenticator) const;
 
+    // Declared after the listener so that it goes first: the WebSockets it still holds own
+    // sockets that are Qt children of the listener.
+    std::unique_ptr<ClientListener> listener;
     std::unique_ptr<QWebSocketServer> server;
     MessageRouter* router; // not owned
     // In order of acceptance.

@@ -1,5 +1,6 @@
 // TarvoServer with real WebSocket clients on the loopback address, in this process: admission by
-// connection id, the exit timer, and the delivery of frames to the right socket.
+// connection id, the exit timer, the delivery of frames to the right socket, and the refusal of
+// unmasked client frames on raw sockets.
 
 #include "transport/TarvoServer.h"
 #include "FakeRouter.h"
@@ -8,6 +9,7 @@
 #include <QAbstractSocket>
 #include <QCoreApplication>
 #include <QSignalSpy>
+#include <QSslSocket>
 #include <QTest>
 #include <QTimer>
 #include <QWebSocket>
@@ -201,6 +203,91 @@ TEST(TarvoServerFrames, QueuedFrameForARemovedClientIsDropped) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return !staying.frames.empty(); }, kWaitMs));
     EXPECT_EQ(parse_frame(staying.frames[0])["method"], QJsonValue("marker"));
     EXPECT_EQ(staying.frames.size(), 1u);
+}
+
+// A hand-made client frame; masked with a fixed key when `masked`.
+QByteArray client_frame(unsigned char first_byte, const QByteArray& payload, bool masked) {
+    QByteArray out(1, static_cast<char>(first_byte));
+    const char mask_bit = masked ? '\x80' : '\x00';
+    out += static_cast<char>(mask_bit | static_cast<char>(payload.size()));
+    QByteArray body = payload;
+    if (masked) {
+        const QByteArray key("\x11\x22\x33\x44", 4);
+        out += key;
+        for (qsizetype i = 0; i < body.size(); ++i)
+            body[i] = static_cast<char>(body[i] ^ key[i % 4]);
+    }
+    return out + body;
+}
+
+// A WebSocket client on a raw TCP (or TLS) socket, writing frames byte by byte as given.
+struct RawClient {
+    RawClient(const TarvoServer& server, bool use_tls) {
+        QObject::connect(&socket, &QSslSocket::readyRead, [this] { received += socket.readAll(); });
+        if (use_tls) {
+            socket.setPeerVerifyMode(QSslSocket::VerifyNone);
+            socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), server.port());
+        } else {
+            socket.connectToHost(QHostAddress(QHostAddress::LocalHost), server.port());
+        }
+    }
+    // Sends the handshake with `then` behind it in the same write; answers whether the server
+    // agreed to the upgrade.
+    bool handshake(const QByteArray& then = {}) {
+        socket.write("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\n"
+                     "Connection: Upgrade\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n"
+                     "Sec-WebSocket-Version: 13\r\n\r\n" +
+                     then);
+        if (!QTest::qWaitFor([this] { return received.contains("\r\n\r\n"); }, kWaitMs))
+            return false;
+        const bool upgraded = received.startsWith("HTTP/1.1 101");
+        received.remove(0, received.indexOf("\r\n\r\n") + 4);
+        return upgraded;
+    }
+    QSslSocket socket;
+    QByteArray received; // after the handshake: frames
+};
+
+TEST(TarvoServerFrames, AnUnmaskedFrameOfAnyKindClosesTheConnectionAsAProtocolError) {
+    const QByteArray close_1002("\x88\x02\x03\xea", 4);
+    const QByteArray request(R"({"jsonrpc":"2.0","method":"x","id":1})");
+    const struct {
+        const char* name;
+        QByteArray frame;
+        bool pipelined; // sent in the same write as the handshake
+    } cases[] = {
+        {"text", client_frame(0x81, request, false), false},
+        {"text behind the handshake", client_frame(0x81, request, false), true},
+        {"binary", client_frame(0x82, "abc", false), false},
+        // The start of a fragmented text is masked, its continuation isn't.
+        {"continuation", client_frame(0x01, "{", true) + client_frame(0x80, "}", false), false},
+        {"ping", client_frame(0x89, "", false), false},
+        {"close", client_frame(0x88, QByteArray("\x03\xe8", 2), false), false},
+    };
+    for (const bool use_tls : {false, true}) {
+        FakeRouter router;
+        TarvoServer server(&router, QHostAddress(QHostAddress::LocalHost), 0, use_tls, "", false);
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(c.name) + (use_tls ? ", TLS" : ", plain"));
+            RawClient rude(server, use_tls);
+            ASSERT_TRUE(rude.handshake(c.pipelined ? c.frame : QByteArray()));
+            if (!c.pipelined)
+                rude.socket.write(c.frame);
+            EXPECT_TRUE(QTest::qWaitFor(
+                [&] { return rude.socket.state() == QAbstractSocket::UnconnectedState; }, kWaitMs));
+            EXPECT_EQ(rude.received.toHex(), close_1002.toHex());
+            EXPECT_TRUE(router.requests.empty());
+        }
+
+        // A masked frame on another connection is still read and answered.
+        RawClient polite(server, use_tls);
+        ASSERT_TRUE(polite.handshake());
+        polite.socket.write(client_frame(0x81, request, true));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return router.requests.size() == 1; }, kWaitMs));
+        router.requests[0].client->send_response(make_response(1, "answered"));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return polite.received.contains("answered"); }, kWaitMs));
+        EXPECT_EQ(polite.socket.state(), QAbstractSocket::ConnectedState);
+    }
 }
 
 int tcp_nodelay(qintptr descriptor) {
