@@ -372,6 +372,32 @@ TEST_F(DiagnosticsTest, SweepAdviceNamesThePairTheSweeperTakes) {
     run("mesh volume 1");
 }
 
+// A bracket whose upright is narrower than its base sweeps in no direction; the advised webcuts
+// and merge, run in order, leave pieces that mesh with hexes only. Volumes that sweep get none.
+TEST_F(DiagnosticsTest, DecompositionAdviceCutsABracketIntoPiecesThatSweep) {
+    run("create box 10");
+    run("create cylinder radius 2 height 10 at 20 0 0");
+    EXPECT_TRUE(ti::get_solutions_for_decomposition({1, 2}, 200, true, false).empty())
+        << output->all();
+    run("reset");
+    run("create box 10 10 2");
+    run("create box 2 5 10 at -4 -2.5 4");
+    run("unite volume all");
+    run("create box 1 at 20 0 0"); // not listed: the merge leaves it alone
+    Ids sources, targets;
+    EXPECT_TRUE(ti::get_solutions_for_forced_sweepability(1, sources, targets, -1).empty());
+    EXPECT_TRUE(ti::get_solutions_for_decomposition({1}, 300, true, false).empty());
+    const auto advice = ti::get_solutions_for_decomposition({1}, 200, true, false);
+    ASSERT_GE(advice.size(), 2u) << output->all();
+    EXPECT_EQ(advice.back()[0], "merge volume all except 3");
+    for (const auto& step : advice)
+        run(step[0]);
+    EXPECT_EQ(ti::get_volume_count(), static_cast<int>(advice.size()) + 1) << output->all();
+    run("mesh volume all");
+    EXPECT_GT(ti::get_hex_count(), 0);
+    EXPECT_EQ(ti::get_tet_count(), 0) << output->all();
+}
+
 TEST_F(DiagnosticsTest, EstimatedMergeToleranceCatchesTheGap) {
     run("create box 10");
     run("create box 10 at 10.0001 0 0");

@@ -28,6 +28,12 @@ bool source_target_pairs(int volume, std::vector<std::vector<int>>& feasible_sou
                          std::vector<std::vector<int>>& feasible_targets,
                          std::vector<std::vector<int>>& infeasible_sources,
                          std::vector<std::vector<int>>& infeasible_targets);
+// Webcuts, one per solution, each splitting a listed volume that does not sweep into pieces that
+// all sweep; the planes are those of its planar surfaces at concave curves whose angle inside
+// the material exceeds `exterior_angle`. With `imprint_merge` the description names the merge to
+// run after the cut (`tolerant`: merge tolerant). Volumes that sweep already get none.
+Solutions decomposition_solutions(const std::vector<int>& volumes, double exterior_angle,
+                                  bool imprint_merge, bool tolerant);
 // A tolerance a little above `distance`, written with two significant digits.
 std::string tolerance_above(double distance);
 

@@ -152,11 +152,16 @@ bool get_solutions_for_source_target(
 }
 
 std::vector<std::vector<std::string>>
-get_solutions_for_decomposition(const std::vector<int>& /*volume_list*/, double /*exterior_angle*/,
-                                bool /*do_imprint_merge*/, bool /*tolerant_imprint*/) {
-    tk::error("get_solutions_for_decomposition is not supported by this kernel: it does not "
-              "search for the webcuts that would make a volume sweepable");
-    return {};
+get_solutions_for_decomposition(const std::vector<int>& volume_list, double exterior_angle,
+                                bool do_imprint_merge, bool tolerant_imprint) {
+    const char* what = "get_solutions_for_decomposition";
+    return run(what, Solutions{}, [&] {
+        const auto volumes = dg::volume_scope(volume_list, what);
+        if (!volumes || !dg::positive_value(exterior_angle, what, "the exterior angle"))
+            return Solutions{};
+        return dg::decomposition_solutions(*volumes, exterior_angle, do_imprint_merge,
+                                           tolerant_imprint);
+    });
 }
 
 std::vector<std::vector<std::string>> get_solutions_for_blends(int surface_id) {

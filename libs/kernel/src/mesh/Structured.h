@@ -17,7 +17,9 @@
 
 #include "mesh/NewMesh.h"
 
+#include <map>
 #include <string>
+#include <vector>
 
 namespace tarvo::kernel::mesh {
 
@@ -35,6 +37,17 @@ bool map_volume(const MeshModule& module, int volume_id, NewMesh& out, std::stri
 //    nodes follow the order of the source's nodes, which step 3 relies on (and checks).
 // 3. sweep_volume() builds the volume's hexes (wedges under source triangles) layer by layer;
 //    its connectivity refers to the published source, target and linking surface nodes.
+// The sweep rule on bare topology, so that it can be asked of shapes that are not (yet) in the
+// model: the faces of one volume, each face's curves and each curve's end vertices.
+struct VolumeTopology {
+    std::vector<int> faces;
+    std::map<int, std::vector<int>> curves; // face -> its curves
+    std::map<int, std::vector<int>> ends;   // curve -> its end vertices
+};
+// Whether `s` sweeps to `t`: they share no curve, and every other face meets both with each of
+// its other curves running from a vertex of one to a vertex of the other.
+bool sweepable_pair(const VolumeTopology& topo, int s, int t);
+
 bool find_sweep_pair(const MeshModule& module, int volume_id, int& source, int& target,
                      std::string& why);
 bool sweep_target(const MeshModule& module, int volume_id, int source, int target, NewMesh& out,

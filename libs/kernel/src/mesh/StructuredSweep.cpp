@@ -20,6 +20,7 @@
 #include <math_Jacobi.hxx>
 #include <math_Matrix.hxx>
 
+#include <algorithm>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -300,47 +301,64 @@ TopoDS_Face face_of(int surface) {
 
 } // namespace
 
-bool find_sweep_pair(const MeshModule& module, int volume_id, int& source, int& target,
-                     std::string& why) {
-    const std::vector<int> faces = module.boundary(3, volume_id);
-    std::map<int, std::set<int>> curves, vertices;
-    for (int f : faces)
-        for (int c : module.boundary(2, f)) {
-            curves[f].insert(c);
-            for (int v : module.boundary(1, c))
-                vertices[f].insert(v);
-        }
+bool sweepable_pair(const VolumeTopology& topo, int s, int t) {
+    auto curves_of = [&](int f) -> const std::vector<int>& {
+        static const std::vector<int> none;
+        const auto it = topo.curves.find(f);
+        return it == topo.curves.end() ? none : it->second;
+    };
+    auto has = [](const std::vector<int>& list, int x) {
+        return std::find(list.begin(), list.end(), x) != list.end();
+    };
     auto meets = [&](int a, int b) {
-        for (int c : curves[a])
-            if (curves[b].count(c))
+        for (int c : curves_of(a))
+            if (has(curves_of(b), c))
                 return true;
         return false;
     };
+    auto touches = [&](int f, int v) {
+        for (int c : curves_of(f)) {
+            const auto it = topo.ends.find(c);
+            if (it != topo.ends.end() && has(it->second, v))
+                return true;
+        }
+        return false;
+    };
+    if (s == t || topo.faces.size() <= 2 || meets(s, t))
+        return false;
     // Every other face joins s and t, and each of its curves lies on s or t or runs from one to
     // the other.
-    auto sweepable = [&](int s, int t) {
-        if (s == t || meets(s, t))
+    for (int f : topo.faces) {
+        if (f == s || f == t)
+            continue;
+        if (!meets(f, s) || !meets(f, t))
             return false;
-        for (int f : faces) {
-            if (f == s || f == t)
+        for (int c : curves_of(f)) {
+            if (has(curves_of(s), c) || has(curves_of(t), c))
                 continue;
-            if (!meets(f, s) || !meets(f, t))
-                return false;
-            for (int c : curves[f]) {
-                if (curves[s].count(c) || curves[t].count(c))
-                    continue;
-                const std::vector<int> ends = module.boundary(1, c);
-                bool on_s = false, on_t = false;
-                for (int v : ends) {
-                    on_s = on_s || vertices[s].count(v);
-                    on_t = on_t || vertices[t].count(v);
+            const auto it = topo.ends.find(c);
+            bool on_s = false, on_t = false;
+            if (it != topo.ends.end())
+                for (int v : it->second) {
+                    on_s = on_s || touches(s, v);
+                    on_t = on_t || touches(t, v);
                 }
-                if (!on_s || !on_t)
-                    return false;
-            }
+            if (!on_s || !on_t)
+                return false;
         }
-        return faces.size() > 2;
-    };
+    }
+    return true;
+}
+
+bool find_sweep_pair(const MeshModule& module, int volume_id, int& source, int& target,
+                     std::string& why) {
+    VolumeTopology topo;
+    topo.faces = module.boundary(3, volume_id);
+    const std::vector<int>& faces = topo.faces;
+    for (int f : faces)
+        for (int c : topo.curves[f] = module.boundary(2, f))
+            topo.ends[c] = module.boundary(1, c);
+    auto sweepable = [&](int s, int t) { return sweepable_pair(topo, s, t); };
     const std::string vol = "volume " + std::to_string(volume_id);
     for (int given : {source, target})
         if (given != 0 && !std::count(faces.begin(), faces.end(), given)) {
