@@ -3,9 +3,12 @@
 //
 // Candidates are the planes of the volume's planar surfaces at its concave curves: a reentrant
 // edge is where sweep directions meet, and the surface beside it is the natural place to cut.
-// Each candidate is tried on a copy of the volume (the same splitter the webcut command uses);
-// the pieces are judged by the mesher's own sweep rule on their bare topology, so an advised cut
-// gives pieces that `mesh` will sweep. Nothing in the model changes.
+// Sets of one, two, then three candidates are tried on a copy of the volume (the same splitter
+// the webcut command uses), each plane cutting every piece it meets. The pieces are judged by
+// the mesher's own sweep rule on their bare topology, so advised cuts give pieces that `mesh`
+// will sweep. One cut is rarely enough for our single-source sweeper: a plane through a face
+// leaves that face split where the other piece touches it, and that side then has two faces.
+// Nothing in the model changes.
 
 #include "core/Session.h"
 #include "diagnostics/Diagnostics.h"

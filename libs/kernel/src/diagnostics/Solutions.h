@@ -28,10 +28,11 @@ bool source_target_pairs(int volume, std::vector<std::vector<int>>& feasible_sou
                          std::vector<std::vector<int>>& feasible_targets,
                          std::vector<std::vector<int>>& infeasible_sources,
                          std::vector<std::vector<int>>& infeasible_targets);
-// Webcuts, one per solution, each splitting a listed volume that does not sweep into pieces that
-// all sweep; the planes are those of its planar surfaces at concave curves whose angle inside
-// the material exceeds `exterior_angle`. With `imprint_merge` the description names the merge to
-// run after the cut (`tolerant`: merge tolerant). Volumes that sweep already get none.
+// Steps to run in order, not alternatives: for each listed volume that does not sweep, the
+// fewest webcuts (at most three) after which every piece sweeps, by the planes of its planar
+// surfaces at concave curves whose angle inside the material exceeds `exterior_angle`; with
+// `imprint_merge`, last, the merge (`tolerant`: merge tolerant) of the pieces. Volumes that sweep,
+// or that no such cuts decompose, get no steps.
 Solutions decomposition_solutions(const std::vector<int>& volumes, double exterior_angle,
                                   bool imprint_merge, bool tolerant);
 // A tolerance a little above `distance`, written with two significant digits.
