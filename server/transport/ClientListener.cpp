@@ -8,6 +8,8 @@
 #include <QSslSocket>
 #include <QTimer>
 
+#include <optional>
+
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -45,11 +47,12 @@ private:
             pair_end->write(bytes.constData(), static_cast<qint64>(sound));
             pair_end->flush();
         }
-        if (checker.violated() && websocket_end && websocket_end->answered())
-            fail(true);
+        if (checker.violated() && handshake_upgraded)
+            fail(*handshake_upgraded);
     }
 
     void answered(bool upgraded) {
+        handshake_upgraded = upgraded;
         if (checker.violated())
             fail(upgraded);
     }
@@ -91,6 +94,8 @@ private:
     QTcpSocket* pair_end;
     QPointer<RelayedSocket> websocket_end; // Qt's WebSocket deletes it
     ClientFrameChecker checker;
+    // Whether the WebSocket upgraded the connection, once it has answered the handshake.
+    std::optional<bool> handshake_upgraded;
     bool failed = false;
 };
 

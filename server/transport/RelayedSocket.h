@@ -28,8 +28,6 @@ public:
     bool adopt(qintptr descriptor);
     // Drops every later write: nothing may follow a close frame that the relay wrote itself.
     void stop_writing() { writes_stopped = true; }
-    // The first bytes the WebSocket wrote: the answer to the handshake.
-    bool answered() const { return has_answered; }
 
     qint64 bytesToWrite() const override;
 

@@ -6,7 +6,6 @@
 #include "log_message.h"
 #include "tls_material.h"
 
-#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QNetworkProxyFactory>
 #include <QSslCertificate>
@@ -63,10 +62,6 @@ TarvoServer::TarvoServer(MessageRouter* router, const QHostAddress& address, qui
     connect(&exit_timer, &QTimer::timeout, QCoreApplication::instance(), &QCoreApplication::quit);
     exit_timer.setSingleShot(true);
 
-    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance())
-        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
-                &TarvoServer::flush_sockets);
-
     if (!listener->listen(address, port)) {
         log_message(
             tr("Error: %1\nFailed to setup WebSocket server.").arg(listener->errorString()));
@@ -91,7 +86,6 @@ TarvoServer::~TarvoServer() {
         delete connection.socket;
     }
     connections.clear();
-    unflushed.clear();
     listener->close();
     server->close();
 }
@@ -159,7 +153,6 @@ void TarvoServer::disconnection() {
         return;
     const std::unique_ptr<ClientConnection> client = std::move(it->client);
     connections.erase(it);
-    unflushed.erase(std::remove(unflushed.begin(), unflushed.end(), socket), unflushed.end());
 
     log_message(tr("Disconnected from %1 on port %2")
                     .arg(socket->peerAddress().toString())
@@ -183,7 +176,6 @@ template <class Write> void TarvoServer::write_frame(QObject* client, Write&& wr
     if (it == connections.end() || it->dropping)
         return;
     write(*it->socket);
-    mark_unflushed(it->socket);
     check_backlog(*it);
 }
 
@@ -218,18 +210,6 @@ void TarvoServer::check_origin(QWebSocketCorsAuthenticator* authenticator) const
     if (!allowed)
         log_message(tr("Refused a connection from the origin %1").arg(origin));
     authenticator->setAllowed(allowed);
-}
-
-void TarvoServer::mark_unflushed(QWebSocket* socket) {
-    if (std::find(unflushed.begin(), unflushed.end(), socket) == unflushed.end())
-        unflushed.push_back(socket);
-}
-
-void TarvoServer::flush_sockets() {
-    // What a socket can't take now stays in its buffer, and Qt's write notifier sends it later.
-    for (QWebSocket* socket : unflushed)
-        socket->flush();
-    unflushed.clear();
 }
 
 void TarvoServer::onSslErrors(QList<QSslError> errors) {

@@ -1,6 +1,8 @@
 #pragma once
-// The listening WebSocket endpoint and the list of connected clients. It admits or refuses each
-// new connection by its connection id, pairs every admitted socket with a ClientConnection, tells
+// The listening WebSocket endpoint and the list of connected clients. Clients are accepted by a
+// ClientListener (TLS, and closing clients that send unmasked frames: see ClientListener.h) and
+// handed to a QWebSocketServer for the handshake. The server admits or refuses each new
+// connection by its connection id, pairs every admitted socket with a ClientConnection, tells
 // the router about clients coming and going, writes every outgoing frame to the right socket, and
 // ends the process a set time after the last client has gone.
 //
@@ -20,10 +22,10 @@
 // Ownership: each socket is a Qt child of the server, deleted with it or, once its client has
 // gone, by deleteLater; each ClientConnection is owned by its entry in `connections`.
 //
-// Frames are written to the sockets just before the main thread's event loop goes to sleep, all
-// that one round of events produced together, instead of one loop round later when Qt's own
-// write notifier fires: a round trip saves a poll and a pass of the loop, and a burst of answers
-// still leaves in one write.
+// Frames are written to the clients' sockets just before the main thread's event loop goes to
+// sleep (RelayedSocket does the writing), all that one round of events produced together, instead
+// of one loop round later when Qt's own write notifier fires: a round trip saves a poll and a pass
+// of the loop, and a burst of answers still leaves in one write.
 
 #include <QByteArray>
 #include <QHostAddress>
@@ -95,13 +97,10 @@ private:
 
     // Writes one frame of `client` with `write(QWebSocket&)`, unless the client has gone (a frame
     // queued from the worker thread can arrive after its client was removed) or its connection
-    // is being dropped. Then the socket waits for the flush before the loop sleeps, and the
-    // connection is dropped once its unsent output passes max_backlog. Used only in the .cpp.
+    // is being dropped. The connection is dropped once its unsent output passes max_backlog.
+    // Used only in the .cpp.
     template <class Write> void write_frame(QObject* client, Write&& write);
     void check_backlog(Connection& connection);
-    void mark_unflushed(QWebSocket* socket);
-    // Connected to the main event dispatcher's aboutToBlock.
-    void flush_sockets();
     void check_origin(QWebSocketCorsAuthenticator* authenticator) const;
 
     // Declared after the listener so that it goes first: the WebSockets it still holds own
@@ -117,6 +116,4 @@ private:
     bool debug_json;
     int timeout_after_disconnect = 0;
     QTimer exit_timer; // single-shot; runs only while no client is connected
-    // Sockets written since the last flush_sockets; a socket leaves it when its client goes.
-    std::vector<QWebSocket*> unflushed;
 };
