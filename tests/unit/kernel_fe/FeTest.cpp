@@ -71,7 +71,8 @@ TEST_F(FeTest, ContainersAnswerFromTheMesh) {
     EXPECT_EQ(TI::get_block_attribute_name(1, 1), "thickness");
     EXPECT_EQ(TI::get_block_attribute_value(1, 0), 0.0);
     EXPECT_EQ(TI::get_valid_block_element_types(1),
-              (std::vector<std::string>{"HEX8", "TET4", "WEDGE6", "PYRAMID5"}));
+              (std::vector<std::string>{"HEX8", "HEX20", "HEX27", "TET4", "TET10", "WEDGE6",
+                                        "WEDGE15", "PYRAMID5", "PYRAMID13"}));
     EXPECT_EQ(TI::get_nodeset_surfaces(4), std::vector<int>{1});
     EXPECT_EQ(TI::get_nodeset_nodes_inclusive(4).size(), 9u);
     EXPECT_TRUE(TI::get_nodeset_nodes(4).empty()); // no nodes listed one by one
@@ -110,7 +111,6 @@ TEST_F(FeTest, BadInputIsRefusedAndChangesNothing) {
         {"block 1 add curve 1", "3D"},
         {"block 2 add volume 1", "in block 1 already"},
         {"block 1 element type QUAD4", "2D"},
-        {"block 1 element type HEX20", "not built"},
         {"block 1 element type BRICK", "unknown element type"},
         {"block 3 name 'x'", "does not exist"},
         {"block 1 attribute index 2 value 1", "index 2"},

@@ -99,14 +99,14 @@ void write_qa_and_info(int exo, const std::vector<std::string>& extra_info) {
     check(ex_put_info(exo, static_cast<int>(lines.size()), info.data()), "the info records");
 }
 
-// Corner count of each side of a side set, found from the laid-out block of each element
-// (global ids run through the blocks in order).
+// Node count of each side of a side set (corners and the mid-nodes on the side), found from the
+// laid-out block of each element (global ids run through the blocks in order).
 std::vector<int> side_node_counts(const Layout& layout, const std::vector<int>& elements,
                                   const std::vector<int>& sides) {
-    std::vector<std::pair<int, ElemKind>> firsts; // first global id of each block, its kind
+    std::vector<std::pair<int, const LaidOutBlock*>> firsts; // first global id of each block
     int next = 1;
     for (const auto& b : layout.blocks) {
-        firsts.emplace_back(next, b.kind);
+        firsts.emplace_back(next, &b);
         next += static_cast<int>(b.elements.size());
     }
     std::vector<int> counts;
@@ -114,9 +114,21 @@ std::vector<int> side_node_counts(const Layout& layout, const std::vector<int>& 
     for (size_t i = 0; i < elements.size(); ++i) {
         const auto block = std::upper_bound(firsts.begin(), firsts.end(), elements[i],
                                             [](int id, const auto& f) { return id < f.first; });
-        const auto& faces = mesh::topology(std::prev(block)->second).faces;
+        const LaidOutBlock& b = *std::prev(block)->second;
+        const auto& faces = mesh::topology(b.kind).faces;
         const size_t side = static_cast<size_t>(sides[i] - 1);
-        counts.push_back(side < faces.size() ? static_cast<int>(faces[side].size()) : 2);
+        if (side >= faces.size()) {
+            counts.push_back(2);
+            continue;
+        }
+        const auto& face = faces[side];
+        int count = static_cast<int>(face.size());
+        if (const ElementType* type = find_element_type(b.type))
+            for (const auto& mid : type->mids)
+                count += std::all_of(mid.begin(), mid.end(), [&](int c) {
+                    return std::find(face.begin(), face.end(), c) != face.end();
+                });
+        counts.push_back(count);
     }
     return counts;
 }
@@ -141,8 +153,7 @@ void write_exodus(const ExportData& data, const std::string& path) {
         const std::string what = "block " + std::to_string(block.id);
         const int nattr = static_cast<int>(block.attributes.size());
         check(ex_put_block(exo, EX_ELEM_BLOCK, block.id, b.type.c_str(),
-                           static_cast<int64_t>(b.elements.size()), mesh::info(b.kind).nodes, 0, 0,
-                           nattr),
+                           static_cast<int64_t>(b.elements.size()), b.nodes, 0, 0, nattr),
               what);
         if (nattr > 0) {
             CStrings names(block.attribute_names);

@@ -15,6 +15,7 @@
 #include "tarvo/TarvoInterface.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 namespace tk = tarvo::kernel;
@@ -76,13 +77,21 @@ std::vector<int> block_elements(int block_id, ElemKind kind) {
     });
 }
 
+// The nodes of the block's elements, mid-nodes of a higher-order type included.
 std::vector<int> block_nodes(const fe::Block& b) {
     const auto& mesh = tk::mesh::mesh_module()->state();
+    const fe::ElementType* type = fe::find_element_type(b.element_type);
+    std::optional<tk::mesh::MidIndex> mids;
+    if (type && !type->mids.empty())
+        mids.emplace(mesh);
     std::set<int> out;
     for (const auto& [kind, ids] : fe::FeModule::elements(b))
         for (int e : ids) {
             const auto ref = mesh.find_element(kind, e);
             out.insert(ref->nodes(), ref->nodes() + tk::mesh::info(kind).nodes);
+            if (mids && kind == type->kind)
+                for (int node : fe::FeModule::expanded_nodes(*type, ref->nodes(), *mids))
+                    out.insert(node);
         }
     return {out.begin(), out.end()};
 }
@@ -184,6 +193,37 @@ int get_block_id(const std::string& entity_type, int entity_id) {
     });
 }
 
+// Corners, then the mid-nodes of the type of the element's block, in the Exodus order.
+std::vector<int> get_expanded_connectivity(const std::string& entity_type, int entity_id) {
+    std::vector<int> corners = get_connectivity(entity_type, entity_id);
+    const auto kind = tk::mesh::elem_kind_from_word(tk::canonical_entity_type(entity_type));
+    const int block = kind && !corners.empty() ? get_block_id(entity_type, entity_id) : 0;
+    return query("get_expanded_connectivity", corners, [&](const fe::FeModule& m) {
+        const fe::Block* b = block_of(m, block);
+        const fe::ElementType* type = b ? fe::find_element_type(b->element_type) : nullptr;
+        if (!type || type->mids.empty() || type->kind != *kind)
+            return corners;
+        const tk::mesh::MidIndex mids(tk::mesh::mesh_module()->state());
+        const auto all = fe::FeModule::expanded_nodes(*type, corners.data(), mids);
+        return all.empty() ? corners : all;
+    });
+}
+
+std::string get_copy_block_on_geometry_copy_setting() {
+    return query("get_copy_block_on_geometry_copy_setting", std::string(),
+                 [](const fe::FeModule& m) { return m.copy_setting(0); });
+}
+
+std::string get_copy_nodeset_on_geometry_copy_setting() {
+    return query("get_copy_nodeset_on_geometry_copy_setting", std::string(),
+                 [](const fe::FeModule& m) { return m.copy_setting(1); });
+}
+
+std::string get_copy_sideset_on_geometry_copy_setting() {
+    return query("get_copy_sideset_on_geometry_copy_setting", std::string(),
+                 [](const fe::FeModule& m) { return m.copy_setting(2); });
+}
+
 std::vector<int> get_block_volumes(int block_id) {
     return query("get_block_volumes", std::vector<int>{}, [&](const fe::FeModule& m) {
         const fe::Block* b = block_of(m, block_id);
@@ -281,7 +321,7 @@ std::vector<std::string> get_valid_block_element_types(int block_id) {
                      contents.element_type.clear();
                      const int dim = fe::FeModule::dimension(contents);
                      for (const auto& t : fe::element_types())
-                         if (t.built && (dim < 0 || t.dim == dim))
+                         if (dim < 0 || t.dim == dim)
                              out.emplace_back(t.name);
                      return out;
                  });

@@ -77,14 +77,52 @@ FeModule* fe_module() {
 // -------------------------------------------------------------------------------
 
 const std::vector<ElementType>& element_types() {
+    // Mid-nodes of each edge, face and centre, in the Exodus order of each type.
+    using Mids = std::vector<std::vector<int>>;
+    const Mids hex20{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 5},
+                     {2, 6}, {3, 7}, {4, 5}, {5, 6}, {6, 7}, {7, 4}};
+    Mids hex27 = hex20;
+    hex27.insert(hex27.end(), {{0, 1, 2, 3, 4, 5, 6, 7},
+                               {0, 3, 2, 1},
+                               {4, 5, 6, 7},
+                               {0, 4, 7, 3},
+                               {1, 2, 6, 5},
+                               {0, 1, 5, 4},
+                               {2, 3, 7, 6}});
+    const Mids tet10{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
+    const Mids wedge15{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 4}, {2, 5}, {3, 4}, {4, 5}, {5, 3}};
+    const Mids pyramid13{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}};
+    const Mids quad8{{0, 1}, {1, 2}, {2, 3}, {3, 0}};
+    Mids quad9 = quad8;
+    quad9.push_back({0, 1, 2, 3});
+    const Mids tri6{{0, 1}, {1, 2}, {2, 0}};
     static const std::vector<ElementType> table{
-        {"HEX8", 3, ElemKind::Hex, true},         {"HEX20", 3, ElemKind::Hex, false},
-        {"HEX27", 3, ElemKind::Hex, false},       {"TET4", 3, ElemKind::Tet, true},
-        {"TET10", 3, ElemKind::Tet, false},       {"WEDGE6", 3, ElemKind::Wedge, true},
-        {"PYRAMID5", 3, ElemKind::Pyramid, true}, {"QUAD4", 2, ElemKind::Quad, true},
-        {"SHELL4", 2, ElemKind::Quad, true},      {"TRI3", 2, ElemKind::Tri, true},
-        {"TRISHELL3", 2, ElemKind::Tri, true},    {"BAR2", 1, ElemKind::Edge, true},
-        {"SPHERE", 0, ElemKind::Sphere, true},
+        {"HEX8", 3, ElemKind::Hex, 8, {}},
+        {"HEX20", 3, ElemKind::Hex, 20, hex20},
+        {"HEX27", 3, ElemKind::Hex, 27, hex27},
+        {"TET4", 3, ElemKind::Tet, 4, {}},
+        {"TET10", 3, ElemKind::Tet, 10, tet10},
+        {"WEDGE6", 3, ElemKind::Wedge, 6, {}},
+        {"WEDGE15", 3, ElemKind::Wedge, 15, wedge15},
+        {"PYRAMID5", 3, ElemKind::Pyramid, 5, {}},
+        {"PYRAMID13", 3, ElemKind::Pyramid, 13, pyramid13},
+        {"QUAD4", 2, ElemKind::Quad, 4, {}},
+        {"QUAD8", 2, ElemKind::Quad, 8, quad8},
+        {"QUAD9", 2, ElemKind::Quad, 9, quad9},
+        {"SHELL4", 2, ElemKind::Quad, 4, {}},
+        {"SHELL8", 2, ElemKind::Quad, 8, quad8},
+        {"SHELL9", 2, ElemKind::Quad, 9, quad9},
+        {"TRI3", 2, ElemKind::Tri, 3, {}},
+        {"TRI6", 2, ElemKind::Tri, 6, tri6},
+        {"TRISHELL3", 2, ElemKind::Tri, 3, {}},
+        {"TRISHELL6", 2, ElemKind::Tri, 6, tri6},
+        {"BAR2", 1, ElemKind::Edge, 2, {}},
+        {"BAR3", 1, ElemKind::Edge, 3, {{0, 1}}},
+        {"BEAM2", 1, ElemKind::Edge, 2, {}},
+        {"BEAM3", 1, ElemKind::Edge, 3, {{0, 1}}},
+        {"TRUSS2", 1, ElemKind::Edge, 2, {}},
+        {"TRUSS3", 1, ElemKind::Edge, 3, {{0, 1}}},
+        {"SPHERE", 0, ElemKind::Sphere, 1, {}},
     };
     return table;
 }
@@ -99,7 +137,7 @@ const ElementType* find_element_type(std::string_view name) {
 
 std::string_view default_type_name(ElemKind kind) {
     for (const auto& t : element_types())
-        if (t.kind == kind && t.built)
+        if (t.kind == kind && t.mids.empty())
             return t.name;
     return {};
 }
@@ -211,9 +249,6 @@ bool FeModule::block_element_type(int id, const std::string& type) {
             names += (names.empty() ? "" : " ") + std::string(e.name);
         return error("unknown element type '" + type + "' (" + names + ")");
     }
-    if (!t->built)
-        return error("element type " + std::string(t->name) +
-                     " is not built in this kernel yet: it needs mid-side nodes on the geometry");
     const int dim = [&] {
         Block probe = *it->second;
         probe.element_type.clear();
@@ -475,9 +510,13 @@ std::vector<int> FeModule::nodes(const NodeSet& set, bool inclusive) {
                 out.insert(m.id);
         } else if (inclusive && m.type == Member::Type::Geometry &&
                    model().exists(mesh::kind_of_dim(m.dim), m.id)) {
-            for (const mesh::MeshPiece* p : mesh::mesh_module()->closure({m.dim, m.id}))
+            for (const mesh::MeshPiece* p : mesh::mesh_module()->closure({m.dim, m.id})) {
                 for (int i = 0; i < p->node_count(); ++i)
                     out.insert(p->first_node + i);
+                if (const mesh::MeshPiece* mids = s.mid_piece(p->owner))
+                    for (int i = 0; i < mids->node_count(); ++i)
+                        out.insert(mids->first_node + i);
+            }
         }
     }
     return {out.begin(), out.end()};
@@ -554,9 +593,11 @@ bool FeModule::layout(Layout& out, std::string& why) const {
     std::array<std::vector<bool>, mesh::kElemKindCount> seen;
     for (const auto& [id, block] : state_.blocks) {
         const auto elems = elements(*block);
-        LaidOutBlock laid{block.get(), type_of(*block), ElemKind::Hex, {}};
-        if (const ElementType* t = find_element_type(laid.type))
+        LaidOutBlock laid{block.get(), type_of(*block), ElemKind::Hex, 8, {}};
+        if (const ElementType* t = find_element_type(laid.type)) {
             laid.kind = t->kind;
+            laid.nodes = t->nodes;
+        }
         for (const auto& [kind, ids] : elems) {
             if (kind != laid.kind) {
                 why = "block " + std::to_string(id) + " is " + laid.type + " but holds " +
@@ -707,9 +748,22 @@ void FeModule::restore_state(const UndoSnapshot& snapshot) {
     }
 }
 
+bool FeModule::set_copy_setting(int which, const std::string& value) {
+    static const char* const kinds[] = {"block", "nodeset", "sideset"};
+    std::string upper = value;
+    for (char& ch : upper)
+        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    if (upper != "ON" && upper != "OFF" && upper != "USE_ORIGINAL")
+        return error("expected on, off or use_original, not '" + value + "'");
+    copy_settings_.at(which) = upper;
+    print(std::string("Copy ") + kinds[which] + " on geometry copy: " + upper);
+    return true;
+}
+
 void FeModule::clear_state() {
     const FeState before = state_;
     state_ = {};
+    copy_settings_ = {"OFF", "OFF", "OFF"};
     for (const auto& [id, b] : before.blocks)
         emit_modified("block", id, "deleted");
     for (const auto& [id, n] : before.nodesets)
@@ -768,6 +822,11 @@ void init_fe_module() {
     if (!fe::g_watcher)
         fe::g_watcher = new fe::GeometryWatcher();
     fe::g_watcher->register_observer();
+    if (mesh::MeshModule* m = mesh::mesh_module())
+        m->set_after_command([] {
+            if (fe::g_module)
+                fe::g_module->sync_mid_nodes();
+        });
     set_group_maker([](const std::string& type, const std::vector<int>& ids) {
         const int group = TarvoInterface::create_new_group();
         if (group > 0)
@@ -780,6 +839,8 @@ void shutdown_fe_module() {
     if (!fe::g_module)
         return;
     set_group_maker(nullptr);
+    if (mesh::MeshModule* m = mesh::mesh_module())
+        m->set_after_command(nullptr);
     delete fe::g_watcher; // unregisters it
     fe::g_watcher = nullptr;
     remove_undo_participant(fe::g_module.get());

@@ -26,8 +26,10 @@
 #include "core/Command.h"
 #include "core/EntityCatalog.h"
 #include "core/Undo.h"
+#include "mesh/MeshDatabase.h"
 #include "mesh/MeshTypes.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -89,22 +91,26 @@ struct FeState {
     int group_max_id = 0; // highest group id ever given, so a deleted group's id is not reused
 };
 
-// Element types a block may be given, one row per name.
+// Element types a block may be given, one row per name. A higher-order type has mid-nodes
+// beyond its corners: `mids` lists, in the Exodus node order, the corners (0-based, Exodus
+// order) each extra node is the middle of.
 struct ElementType {
     std::string_view name;
     int dim;
     ElemKind kind;
-    bool built; // higher-order types need mid-nodes, which this kernel does not make yet
+    int nodes; // per element, corners and mid-nodes
+    std::vector<std::vector<int>> mids;
 };
 const std::vector<ElementType>& element_types();
 const ElementType* find_element_type(std::string_view name); // any case
-std::string_view default_type_name(ElemKind kind);
+std::string_view default_type_name(ElemKind kind);           // the linear type of the kind
 
 // One block as it is written: its elements (all of one kind) in file order.
 struct LaidOutBlock {
     const Block* block = nullptr;
     std::string type;
     ElemKind kind = ElemKind::Hex;
+    int nodes = 8; // per element as written, mid-nodes included
     std::vector<int> elements;
 };
 struct Layout {
@@ -174,6 +180,22 @@ public:
     // element kinds, or its elements are not of its element type, or an element is in two.
     bool layout(Layout& out, std::string& why) const;
 
+    // Makes the mesh hold exactly the mid-nodes the higher-order blocks need (after every
+    // command, and before an export); FeMidNodes.cpp.
+    void sync_mid_nodes();
+    // The element's nodes as a block of `type` writes them: corners, then mid-nodes in the
+    // Exodus order. Empty when a mid-node is missing.
+    static std::vector<int> expanded_nodes(const ElementType& type, const int* corners,
+                                           const mesh::MidIndex& mids);
+
+    // What a geometry `copy` is to do with the blocks, nodesets and sidesets of what it copies
+    // (`which`: 0 block, 1 nodeset, 2 sideset): "ON" (a new container of the same kind for the
+    // copies), "USE_ORIGINAL" (the copies join the original's containers) or "OFF" (the default).
+    // Kept until reset. The geometry copy does not report what each copy came from, so `copy`
+    // does not act on them yet: they are settings a client can set and read back.
+    const std::string& copy_setting(int which) const { return copy_settings_.at(which); }
+    bool set_copy_setting(int which, const std::string& value);
+
     // Writes the mesh in `format` through a temporary file beside `path`, renamed at the end
     // (MeshExport.cpp).
     bool export_mesh(const std::string& path, bool overwrite, MeshFormat format);
@@ -198,6 +220,7 @@ public:
 
 private:
     FeState state_;
+    std::array<std::string, 3> copy_settings_{"OFF", "OFF", "OFF"};
 };
 
 // The live module between init_fe_module() and shutdown_fe_module(); null otherwise.

@@ -33,13 +33,29 @@ void gather(const FeModule& fe, const Layout& layout, ExportData& out) {
     // File node numbers by kernel id: first a mark of the nodes used, then their numbers.
     std::vector<int> local(mesh.next_node_id() + 1, 0);
     out.conn.resize(layout.blocks.size());
+    std::optional<mesh::MidIndex> mids;
     for (size_t i = 0; i < layout.blocks.size(); ++i) {
         const auto& b = layout.blocks[i];
         const int n = mesh::info(b.kind).nodes;
+        const ElementType* type = find_element_type(b.type);
+        const bool higher = type && !type->mids.empty();
+        if (higher && !mids)
+            mids.emplace(mesh);
         auto& conn = out.conn[i];
-        conn.reserve(b.elements.size() * n);
+        conn.reserve(b.elements.size() * b.nodes);
         for (int e : b.elements) {
             const int* corners = mesh.find_element(b.kind, e)->nodes();
+            if (higher) {
+                const std::vector<int> all = FeModule::expanded_nodes(*type, corners, *mids);
+                if (all.empty())
+                    throw std::runtime_error(std::string(mesh::info(b.kind).word) + " " +
+                                             std::to_string(e) + " of block " +
+                                             std::to_string(b.block->id) + " lacks mid-nodes");
+                conn.insert(conn.end(), all.begin(), all.end());
+                for (int node : all)
+                    local[node] = 1;
+                continue;
+            }
             for (int k = 0; k < n; ++k) {
                 conn.push_back(corners[k]);
                 local[corners[k]] = 1;
@@ -157,10 +173,16 @@ bool FeModule::export_mesh(const std::string& path, bool overwrite, MeshFormat f
         std::string why;
         if (!this->layout(layout, why))
             return error(why);
-        for (const auto& b : layout.blocks)
+        for (const auto& b : layout.blocks) {
             if (b.elements.empty())
                 warning("block " + std::to_string(b.block->id) + " has no elements");
+            if (b.nodes != mesh::info(b.kind).nodes && format != MeshFormat::Exodus)
+                return error("block " + std::to_string(b.block->id) + " is " + b.type + ": " +
+                             format_name(format) +
+                             " files are written with linear elements only; export Exodus");
+        }
 
+        sync_mid_nodes();
         ExportData data;
         gather(*this, layout, data);
         Progress progress("Export mesh", path, false);

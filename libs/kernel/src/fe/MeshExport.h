@@ -29,7 +29,8 @@ struct ExportData {
     // file is node_ids[i].
     std::vector<int> node_ids;
     std::vector<double> x, y, z;
-    // Per laid-out block: info(kind).nodes file node numbers (1-based) per element.
+    // Per laid-out block: its `nodes` file node numbers (1-based) per element, in the Exodus
+    // order (corners, then mid-nodes).
     std::vector<std::vector<int>> conn;
     struct Nodes {
         const NodeSet* set;

@@ -240,11 +240,6 @@ std::vector<int> get_connectivity(const std::string& entity_type, int entity_id)
     });
 }
 
-// Linear elements only so far: the expanded connectivity is the connectivity.
-std::vector<int> get_expanded_connectivity(const std::string& entity_type, int entity_id) {
-    return get_connectivity(entity_type, entity_id);
-}
-
 bool get_node_exists(int node_id) {
     return query("get_node_exists", false,
                  [&](const km::MeshState& s) { return s.find_node(node_id).has_value(); });

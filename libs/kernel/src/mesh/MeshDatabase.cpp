@@ -29,14 +29,31 @@ const MeshPiece* MeshState::piece(Owner owner) const {
     return it == pieces_.end() ? nullptr : it->second.get();
 }
 
+MidKey mid_key(const int* corners, const std::vector<int>& local) {
+    MidKey key{};
+    const int n = static_cast<int>(local.size());
+    for (int i = 0; i < n; ++i)
+        key[i] = corners[local[i]];
+    // Insertion sort: at most eight corners (std::sort over a run of unknown length trips
+    // GCC's array-bounds analysis).
+    for (int i = 1; i < n; ++i)
+        for (int j = i; j > 0 && key[j - 1] > key[j]; --j)
+            std::swap(key[j - 1], key[j]);
+    return key;
+}
+
+void MeshState::index_nodes(const MeshPiece& piece, int sign) {
+    if (piece.nodes.empty())
+        return;
+    if (sign > 0)
+        node_index_[piece.first_node] = &piece;
+    else
+        node_index_.erase(piece.first_node);
+    node_total_ += sign * piece.node_count();
+}
+
 void MeshState::index(const MeshPiece& piece, int sign) {
-    if (!piece.nodes.empty()) {
-        if (sign > 0)
-            node_index_[piece.first_node] = piece.owner;
-        else
-            node_index_.erase(piece.first_node);
-        node_total_ += sign * piece.node_count();
-    }
+    index_nodes(piece, sign);
     for (const ElemBlock& b : piece.blocks) {
         if (b.count() == 0)
             continue;
@@ -56,11 +73,32 @@ void MeshState::put(PiecePtr piece) {
 }
 
 bool MeshState::remove(Owner owner) {
+    remove_mids(owner);
     const auto it = pieces_.find(owner);
     if (it == pieces_.end())
         return false;
     index(*it->second, -1);
     pieces_.erase(it);
+    return true;
+}
+
+const MeshPiece* MeshState::mid_piece(Owner owner) const {
+    const auto it = mids_.find(owner);
+    return it == mids_.end() ? nullptr : it->second.get();
+}
+
+void MeshState::put_mids(PiecePtr piece) {
+    remove_mids(piece->owner);
+    index_nodes(*piece, +1);
+    mids_[piece->owner] = std::move(piece);
+}
+
+bool MeshState::remove_mids(Owner owner) {
+    const auto it = mids_.find(owner);
+    if (it == mids_.end())
+        return false;
+    index_nodes(*it->second, -1);
+    mids_.erase(it);
     return true;
 }
 
@@ -86,7 +124,7 @@ std::optional<NodeRef> MeshState::find_node(int id) const {
     if (it == node_index_.begin())
         return std::nullopt;
     --it;
-    const MeshPiece* p = piece(it->second);
+    const MeshPiece* p = it->second;
     const int index = id - p->first_node;
     if (index < 0 || index >= p->node_count())
         return std::nullopt;
@@ -130,8 +168,8 @@ const Point3* NodeLookup::operator()(int id) {
 std::vector<int> MeshState::node_ids() const {
     std::vector<int> ids;
     ids.reserve(node_total_);
-    for (const auto& [first, owner] : node_index_) {
-        const int n = piece(owner)->node_count();
+    for (const auto& [first, piece] : node_index_) {
+        const int n = piece->node_count();
         for (int i = 0; i < n; ++i)
             ids.push_back(first + i);
     }
@@ -148,6 +186,24 @@ std::vector<int> MeshState::element_ids(ElemKind kind) const {
                     ids.push_back(first + i);
     }
     return ids;
+}
+
+MidIndex::MidIndex(const MeshState& state) {
+    for (const auto& [owner, piece] : state.mid_pieces())
+        for (int i = 0; i < piece->node_count(); ++i)
+            ids_.emplace(piece->mid_keys[i], piece->first_node + i);
+}
+
+int MidIndex::operator()(const MidKey& key) const {
+    const auto it = ids_.find(key);
+    return it == ids_.end() ? 0 : it->second;
+}
+
+size_t MidIndex::Hash::operator()(const MidKey& k) const {
+    size_t h = 0;
+    for (int v : k)
+        h = h * 1000003u ^ static_cast<size_t>(v);
+    return h;
 }
 
 } // namespace tarvo::kernel::mesh

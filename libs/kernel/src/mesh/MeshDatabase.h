@@ -14,6 +14,12 @@
 // - Connectivity is in the Exodus node order.
 // - A piece is published once and never changed; replacing or removing a piece changes only the
 //   maps of MeshState.
+// - Mid-nodes of higher-order elements live in a second, separate piece per owner (mid piece):
+//   the nodes at the middle of edges, faces or elements that lie in the owner and not on its
+//   boundary, each with the corners it is the middle of (its MidKey). They share the node id
+//   sequence and every node query, but no element refers to them: an element's higher-order
+//   connectivity is looked up by key (MidIndex), so replacing a mesh piece drops its owner's mid
+//   piece and nothing else.
 //
 // Threading: kernel thread only.
 
@@ -23,6 +29,8 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace tarvo::kernel::mesh {
@@ -35,6 +43,12 @@ struct Owner {
 };
 
 const char* owner_word(int dim); // "vertex", "curve", "surface", "volume"
+
+// The corners a mid-node is the middle of, ascending, unused slots 0: two for an edge, three or
+// four for a face, all of an element's for its centre.
+using MidKey = std::array<int, 8>;
+// The key of the corners `local` (indices into `corners`).
+MidKey mid_key(const int* corners, const std::vector<int>& local);
 
 struct ElemBlock {
     ElemKind kind = ElemKind::Tet;
@@ -49,7 +63,8 @@ struct MeshPiece {
     std::vector<Point3> nodes;  // the nodes inside the owner, not on its boundary
     std::vector<double> params; // curves: the curve parameter of each node (Gmsh needs them)
     std::vector<ElemBlock> blocks;
-    std::string scheme; // how it was meshed ("map", "tetmesh", ...), for messages
+    std::string scheme;           // how it was meshed ("map", "tetmesh", ...), for messages
+    std::vector<MidKey> mid_keys; // mid pieces only: the key of each node, ascending
     int node_count() const { return static_cast<int>(nodes.size()); }
     int element_count() const;
     int count(ElemKind kind) const;
@@ -93,8 +108,13 @@ public:
     // Publishes a piece built by the caller with ids from reserve_*(); replaces any earlier piece
     // of the same owner.
     void put(PiecePtr piece);
-    // Removes the owner's piece; true if there was one.
+    // Removes the owner's piece (and its mid piece); true if there was one.
     bool remove(Owner owner);
+    // Mid pieces: put replaces the owner's (its nodes reserved with reserve_nodes()).
+    const std::map<Owner, PiecePtr>& mid_pieces() const { return mids_; }
+    const MeshPiece* mid_piece(Owner owner) const;
+    void put_mids(PiecePtr piece);
+    bool remove_mids(Owner owner);
     void clear();
 
     // Id ranges for a piece under construction.
@@ -118,12 +138,30 @@ private:
     void index(const MeshPiece& piece, int sign);
 
     std::map<Owner, PiecePtr> pieces_;
-    std::map<int, Owner> node_index_; // first node id of each piece with nodes -> owner
+    void index_nodes(const MeshPiece& piece, int sign);
+
+    std::map<Owner, PiecePtr> mids_;
+    // First node id of each piece with nodes (mid pieces too) -> the piece, kept alive by the
+    // maps above (a copy of the state shares them, so the pointers stay valid in it).
+    std::map<int, const MeshPiece*> node_index_;
     std::array<std::map<int, Owner>, kElemKindCount> elem_index_;
     int next_node_ = 1;
     std::array<int, kElemKindCount> next_elem_{1, 1, 1, 1, 1, 1, 1, 1};
     int node_total_ = 0;
     std::array<int, kElemKindCount> elem_total_{};
+};
+
+// Mid-node ids by key over every mid piece of a state; valid while the state is unchanged.
+class MidIndex {
+public:
+    explicit MidIndex(const MeshState& state);
+    int operator()(const MidKey& key) const; // 0: none
+
+private:
+    struct Hash {
+        size_t operator()(const MidKey& k) const;
+    };
+    std::unordered_map<MidKey, int, Hash> ids_;
 };
 
 } // namespace tarvo::kernel::mesh

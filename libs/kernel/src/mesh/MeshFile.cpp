@@ -36,9 +36,19 @@ void write_mesh(FileWriter& out) {
             out.array(b.conn);
         }
     }
+    // Since version 2: the mid pieces, each with the keys of its nodes.
+    out.u64(state.mid_pieces().size());
+    for (const auto& [owner, piece] : state.mid_pieces()) {
+        out.i32(owner.dim);
+        out.i32(owner.id);
+        out.i32(piece->first_node);
+        out.u64(piece->nodes.size());
+        out.raw(piece->nodes.data(), piece->nodes.size() * sizeof(Point3));
+        out.raw(piece->mid_keys.data(), piece->mid_keys.size() * sizeof(MidKey));
+    }
 }
 
-SectionCommit read_mesh(FileReader& in, uint32_t) {
+SectionCommit read_mesh(FileReader& in, uint32_t version) {
     auto loaded = std::make_shared<MeshState>();
     const int next_node = in.i32();
     if (next_node < 1)
@@ -93,6 +103,33 @@ SectionCommit read_mesh(FileReader& in, uint32_t) {
             piece->blocks.push_back(std::move(block));
         }
         loaded->put(std::move(piece));
+    }
+    if (version >= 2) {
+        const uint64_t mids = in.count(20);
+        for (uint64_t p = 0; p < mids; ++p) {
+            auto piece = std::make_shared<MeshPiece>();
+            piece->owner.dim = in.i32();
+            piece->owner.id = in.i32();
+            piece->scheme = "mid-nodes";
+            piece->first_node = in.i32();
+            if (!loaded->meshed(piece->owner) || loaded->mid_piece(piece->owner))
+                in.fail("mid-nodes of an entity without mesh, or repeated");
+            const uint64_t nodes = in.count(sizeof(Point3) + sizeof(MidKey));
+            if (nodes == 0 || piece->first_node < 1 ||
+                static_cast<int64_t>(piece->first_node) + static_cast<int64_t>(nodes) > next_node)
+                in.fail("mid-node ids beyond the node counter");
+            piece->nodes.resize(nodes);
+            piece->mid_keys.resize(nodes);
+            std::string_view raw = in.raw(nodes * sizeof(Point3));
+            std::memcpy(piece->nodes.data(), raw.data(), raw.size());
+            raw = in.raw(nodes * sizeof(MidKey));
+            std::memcpy(piece->mid_keys.data(), raw.data(), raw.size());
+            for (const MidKey& key : piece->mid_keys)
+                for (int n : key)
+                    if (n < 0 || n >= next_node)
+                        in.fail("a mid-node of a node that cannot exist");
+            loaded->put_mids(std::move(piece));
+        }
     }
 
     return [loaded] {
@@ -167,7 +204,7 @@ SectionCommit read_sizing(FileReader& in, uint32_t) {
 
 void register_mesh_file_sections() {
     register_model_file_section({"sizing", 1, false, write_sizing, read_sizing});
-    register_model_file_section({"mesh", 1, false, write_mesh, read_mesh});
+    register_model_file_section({"mesh", 2, false, write_mesh, read_mesh});
 }
 
 } // namespace tarvo::kernel::mesh

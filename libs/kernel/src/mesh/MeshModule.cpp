@@ -27,8 +27,10 @@ GeometryModel& model() {
 class StaleWatcher : public TarvoInterface::TIObserve {
 public:
     void notify_command_complete() override {
-        if (g_module)
-            g_module->drop_stale();
+        if (!g_module)
+            return;
+        g_module->drop_stale();
+        g_module->after_command();
     }
 };
 std::unique_ptr<StaleWatcher> g_watcher;
@@ -285,6 +287,9 @@ std::vector<int> MeshModule::relatives(std::string_view source_type, int id,
                 if (target_type == kNodeWord) {
                     for (int i = 0; i < p->node_count(); ++i)
                         out.push_back(p->first_node + i);
+                    if (const MeshPiece* mids = state_.mid_piece(p->owner))
+                        for (int i = 0; i < mids->node_count(); ++i)
+                            out.push_back(mids->first_node + i);
                     continue;
                 }
                 for (const ElemBlock& b : p->blocks)

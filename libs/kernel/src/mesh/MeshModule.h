@@ -25,6 +25,7 @@
 
 #include <TopoDS_Shape.hxx>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -62,6 +63,23 @@ public:
     // Pieces of the owner and everything on its boundary, all levels.
     std::vector<const MeshPiece*> closure(Owner owner) const;
 
+    // Mid-nodes of higher-order elements (MidNodes.cpp). `wanted` lists, per owner of elements,
+    // the keys its elements need. Each node goes to the lowest entity it lies on: an edge of a
+    // curve's mesh to the curve, an edge or face of a surface's mesh to the surface (so
+    // neighbouring volumes share it), anything else to the elements' owner. On a curve or a
+    // surface a node is the corners' mean projected onto the geometry; inside, the mean itself.
+    // A mid piece whose keys are all still wanted and nothing more is kept with its ids; the
+    // others are made again, and mid pieces of owners that want none go. Returns the number of
+    // nodes made.
+    int sync_mid_nodes(const std::map<Owner, std::vector<MidKey>>& wanted);
+    // Runs after every command, once stale pieces have gone: the fe module, which knows the
+    // element types, plans the mid-nodes there. Empty: none.
+    void set_after_command(std::function<void()> hook) { after_command_ = std::move(hook); }
+    void after_command() {
+        if (after_command_)
+            after_command_();
+    }
+
     // ---- EntityCatalog -------------------------------------------------------------------------
     bool handles(std::string_view type) const override;
     std::vector<int> all_ids(std::string_view type) const override;
@@ -88,6 +106,7 @@ private:
     MeshState state_;
     std::map<Owner, TopoDS_Shape> shapes_;
     std::vector<std::unique_ptr<TarvoInterface::MeshErrorFeedback>> errors_;
+    std::function<void()> after_command_;
 };
 
 // The live module between init_mesh_module() and shutdown_mesh_module(); null otherwise.

@@ -7,10 +7,4 @@
 
 #include "placeholders/Stub.h"
 
-namespace TarvoInterface {
-
-STUB(get_copy_nodeset_on_geometry_copy_setting, (), std::string)
-STUB(get_copy_sideset_on_geometry_copy_setting, (), std::string)
-STUB(get_copy_block_on_geometry_copy_setting, (), std::string)
-
-} // namespace TarvoInterface
+namespace TarvoInterface {} // namespace TarvoInterface

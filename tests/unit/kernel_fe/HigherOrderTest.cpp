@@ -1,0 +1,218 @@
+// Higher-order blocks on a cylinder (radius 5, axis z, swept hexes or tets): the mid-nodes the
+// type adds (one per edge, and per face and element for HEX27), where they lie (on the
+// cylinder when they belong to its side or its circles, else the mean of their corners), the
+// Exodus file read back with the Exodus C API (type, nodes per element, every mid-node at the
+// place its slot in the Exodus node order calls for), a side set on the end face, the native
+// file, a type set back to linear and undo.
+
+#include "tarvo/TarvoInterface.h"
+
+#include "../support/KernelTest.h"
+#include "mesh/MeshTypes.h"
+
+#include <gtest/gtest.h>
+
+#include <exodusII.h>
+
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace TI = TarvoInterface;
+namespace km = tarvo::kernel::mesh;
+
+namespace {
+
+using Corners = std::vector<std::vector<int>>;
+
+// The Exodus node order of each type beyond its corners, written out from the Exodus element
+// pictures (independently of the kernel's table).
+const Corners kHex20{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 5},
+                     {2, 6}, {3, 7}, {4, 5}, {5, 6}, {6, 7}, {7, 4}};
+const Corners kHex27Extra{{0, 1, 2, 3, 4, 5, 6, 7},
+                          {0, 1, 2, 3},
+                          {4, 5, 6, 7},
+                          {0, 3, 4, 7},
+                          {1, 2, 5, 6},
+                          {0, 1, 4, 5},
+                          {2, 3, 6, 7}};
+const Corners kTet10{{0, 1}, {1, 2}, {0, 2}, {0, 3}, {1, 3}, {2, 3}};
+
+struct Case {
+    const char* type;
+    const char* scheme;
+    const char* word; // element word
+    int nodes;
+    Corners slots;
+    bool faces_and_centres; // HEX27: a node per distinct face and per element too
+};
+
+const Case kCases[] = {
+    {"HEX20", "sweep", "hex", 20, kHex20, false},
+    {"HEX27", "sweep", "hex", 27,
+     [] {
+         Corners c = kHex20;
+         c.insert(c.end(), kHex27Extra.begin(), kHex27Extra.end());
+         return c;
+     }(),
+     true},
+    {"TET10", "tetmesh", "tet", 10, kTet10, false},
+};
+
+using P = std::array<double, 3>;
+
+class HigherOrderTest : public test_support::KernelTest {
+protected:
+    HigherOrderTest() : KernelTest("fe_higher") {}
+};
+
+TEST_F(HigherOrderTest, MidNodesOnTheGeometryInExodusOrder) {
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(c.type);
+        run("reset");
+        run("create cylinder radius 5 height 4");
+        run(std::string("volume 1 scheme ") + c.scheme);
+        run("volume 1 size 2");
+        run("mesh volume 1");
+        const km::ElemKind kind = *km::elem_kind_from_word(c.word);
+        const auto elements =
+            TI::get_volume_hexes(1).empty() ? TI::get_volume_tets(1) : TI::get_volume_hexes(1);
+        ASSERT_FALSE(elements.empty());
+        std::set<std::vector<int>> edges, faces;
+        for (int e : elements) {
+            const auto n = TI::get_connectivity(c.word, e);
+            for (const auto& [a, b] : km::topology(kind).edges)
+                edges.insert({std::min(n[a], n[b]), std::max(n[a], n[b])});
+            for (const auto& f : km::topology(kind).faces) {
+                std::vector<int> key;
+                for (int l : f)
+                    key.push_back(n[l]);
+                std::sort(key.begin(), key.end());
+                faces.insert(key);
+            }
+        }
+        const int linear = TI::get_node_count();
+        int top = 0; // the flat end face at z = 2
+        std::vector<std::string> curved;
+        for (int s : TI::get_entities("surface")) {
+            if (TI::get_surface_type(s) == "Plane" && TI::get_center_point("surface", s)[2] > 1)
+                top = s;
+            if (TI::get_surface_type(s) != "Plane") {
+                curved.push_back("surface " + std::to_string(s));
+                for (int cv : TI::get_relatives("surface", s, "curve"))
+                    curved.push_back("curve " + std::to_string(cv));
+            }
+        }
+        ASSERT_GT(top, 0);
+        run("block 1 add volume 1");
+        run("sideset 1 add surface " + std::to_string(top));
+        run(std::string("block 1 element type ") + c.type);
+
+        const int mids =
+            static_cast<int>(edges.size()) +
+            (c.faces_and_centres ? static_cast<int>(faces.size() + elements.size()) : 0);
+        EXPECT_EQ(TI::get_node_count(), linear + mids);
+        EXPECT_EQ(static_cast<int>(TI::get_block_nodes(1).size()), linear + mids);
+        const auto expanded = TI::get_expanded_connectivity(c.word, elements.front());
+        ASSERT_EQ(static_cast<int>(expanded.size()), c.nodes);
+
+        run("export mesh 'ho.e' overwrite");
+        int cpu = 8, io = 0;
+        float version = 0;
+        const int exo = ex_open("ho.e", EX_READ, &cpu, &io, &version);
+        ASSERT_GE(exo, 0);
+        char type[MAX_STR_LENGTH + 1] = {};
+        int count = 0, per = 0, edges_per = 0, faces_per = 0, attrs = 0; // 32-bit API
+        ASSERT_GE(
+            ex_get_block(exo, EX_ELEM_BLOCK, 1, type, &count, &per, &edges_per, &faces_per, &attrs),
+            0);
+        EXPECT_STREQ(type, c.type);
+        EXPECT_EQ(per, c.nodes);
+        ASSERT_EQ(count, static_cast<int>(elements.size()));
+        ex_init_params init{};
+        ASSERT_GE(ex_get_init_ext(exo, &init), 0);
+        EXPECT_EQ(init.num_nodes, linear + mids);
+        std::vector<double> x(init.num_nodes), y(init.num_nodes), z(init.num_nodes);
+        std::vector<int> conn(static_cast<size_t>(count) * per), ids(init.num_nodes);
+        ASSERT_GE(ex_get_coord(exo, x.data(), y.data(), z.data()), 0);
+        ASSERT_GE(ex_get_conn(exo, EX_ELEM_BLOCK, 1, conn.data(), nullptr, nullptr), 0);
+        ASSERT_GE(ex_get_id_map(exo, EX_NODE_MAP, ids.data()), 0);
+        int sides = 0, factors = 0;
+        ASSERT_GE(ex_get_set_param(exo, EX_SIDE_SET, 1, &sides, &factors), 0);
+        EXPECT_EQ(sides,
+                  static_cast<int>(kind == km::ElemKind::Hex ? TI::get_surface_quads(top).size()
+                                                             : TI::get_surface_tris(top).size()));
+        ex_close(exo);
+
+        // Every slot holds the mean of its corners, moved onto the cylinder (radially, at the
+        // same height) when its node belongs to the side or its circles.
+        int on_cylinder = 0, worst_slot = -1;
+        double worst = 0;
+        for (int e = 0; e < count; ++e) {
+            const int* n = conn.data() + e * per;
+            for (size_t k = 0; k < c.slots.size(); ++k) {
+                P mean{0, 0, 0};
+                for (int l : c.slots[k]) {
+                    const int f = n[l] - 1;
+                    mean = {mean[0] + x[f], mean[1] + y[f], mean[2] + z[f]};
+                }
+                for (double& v : mean)
+                    v /= static_cast<double>(c.slots[k].size());
+                const int f = n[km::info(kind).nodes + static_cast<int>(k)] - 1;
+                const std::string owner = TI::get_geometry_owner("node", ids[f]);
+                if (std::find(curved.begin(), curved.end(), owner) != curved.end()) {
+                    const double r = std::hypot(mean[0], mean[1]);
+                    mean[0] *= 5 / r;
+                    mean[1] *= 5 / r;
+                    ++on_cylinder;
+                    EXPECT_NEAR(std::hypot(x[f], y[f]), 5.0, 1e-6);
+                }
+                const double d = std::hypot(x[f] - mean[0], y[f] - mean[1], z[f] - mean[2]);
+                if (d > worst) {
+                    worst = d;
+                    worst_slot = static_cast<int>(k);
+                }
+            }
+        }
+        EXPECT_LT(worst, 1e-6) << "slot " << worst_slot;
+        EXPECT_GT(on_cylinder, 0);
+
+        // The native file keeps them with their ids; back to linear drops them, undo brings
+        // them back.
+        run("save as 'ho.tvo' overwrite");
+        run("reset");
+        run("open 'ho.tvo'");
+        EXPECT_EQ(TI::get_node_count(), linear + mids);
+        EXPECT_EQ(TI::get_expanded_connectivity(c.word, elements.front()), expanded);
+        run(std::string("block 1 element type ") + (c.nodes == 10 ? "TET4" : "HEX8"));
+        EXPECT_EQ(TI::get_node_count(), linear);
+        EXPECT_EQ(TI::get_expanded_connectivity(c.word, elements.front()).size(),
+                  static_cast<size_t>(km::info(kind).nodes));
+        run("undo");
+        EXPECT_EQ(TI::get_node_count(), linear + mids);
+        EXPECT_EQ(TI::get_expanded_connectivity(c.word, elements.front()), expanded);
+    }
+}
+
+// Two blocks that meet at a merged surface share the mid-nodes on it; deleting the mesh of
+// one volume keeps those the other still needs.
+TEST_F(HigherOrderTest, NeighbouringBlocksShareMidNodes) {
+    run("create box 2 1 1");
+    run("create box 2 1 1 at 2 0 0");
+    run("merge all");
+    run("volume all interval 1");
+    run("mesh volume all");
+    ASSERT_EQ(TI::get_hex_count(), 2);
+    ASSERT_EQ(TI::get_node_count(), 12);
+    run("block 1 add volume 1");
+    run("block 2 add volume 2");
+    run("block 1 element type HEX20");
+    EXPECT_EQ(TI::get_node_count(), 12 + 12);
+    run("block 2 element type HEX20");
+    EXPECT_EQ(TI::get_node_count(), 12 + 20); // 12 edges each, 4 shared
+    run("delete mesh volume 2");
+    EXPECT_EQ(TI::get_node_count(), 12 + 12);
+}
+
+} // namespace
