@@ -19,7 +19,7 @@ namespace {
 // Functions declared in tarvo/TarvoInterface.h.
 constexpr int declared_functions = 492;
 // The most placeholders allowed. Lower it whenever functions land, so it can only go down.
-constexpr int not_built_ceiling = 15;
+constexpr int not_built_ceiling = 1;
 
 // Pulls every object file of the API into this binary, so that every placeholder has listed
 // itself before the tests run.
@@ -81,18 +81,6 @@ TEST_F(Placeholders, AnswerFailureValues) {
     int checked = 0;
     if (is_not_built("get_copy_block_on_geometry_copy_setting")) {
         EXPECT_EQ(TarvoInterface::get_copy_block_on_geometry_copy_setting(), "");
-        ++checked;
-    }
-    if (is_not_built("get_source_surfaces")) {
-        EXPECT_TRUE(TarvoInterface::get_source_surfaces(1).empty());
-        ++checked;
-    }
-    if (is_not_built("is_interval_count_odd")) {
-        EXPECT_FALSE(TarvoInterface::is_interval_count_odd(1));
-        ++checked;
-    }
-    if (is_not_built("get_node_constraint_value")) {
-        EXPECT_EQ(TarvoInterface::get_node_constraint_value(), 0);
         ++checked;
     }
     if (is_not_built("get_periodic_data")) {

@@ -157,6 +157,13 @@ void MeshRun::make_even(int volume, int source, int target) {
 }
 
 // Six faces of four curves each: worth trying to map.
+bool MeshRun::plannable(int volume, std::string& why) {
+    question = &why;
+    const bool ok = plan({EntityKey{GeomKind::Volume, volume}});
+    question = nullptr;
+    return ok;
+}
+
 bool MeshRun::logical_cube(int volume) const {
     const auto faces = m.boundary(3, volume);
     return faces.size() == 6 && std::all_of(faces.begin(), faces.end(),

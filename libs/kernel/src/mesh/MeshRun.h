@@ -39,14 +39,23 @@ public:
         : m(module), options(std::move(options)) {}
 
     bool run(const std::vector<EntityKey>& list);
+    // The plan of `mesh volume <id>` alone, as a question: whether its scheme can be carried out
+    // on its geometry and sizes. Prints and records nothing; `why` says what stops it.
+    bool plannable(int volume, std::string& why);
 
 private:
     bool plan(const std::vector<EntityKey>& list);
-    // Prints the error and records it against the entity being meshed (get_mesh_errors).
+    // Prints the error and records it against the entity being meshed (get_mesh_errors); a
+    // question (plannable) keeps it instead.
     bool fail(const std::string& text) {
+        if (question) {
+            *question = text;
+            return false;
+        }
         m.add_mesh_error(owner_word(current.dim), current.id, text);
         return error(text);
     }
+    std::string* question = nullptr;
     bool mesh_vertices();
     bool start_gmsh();
     bool give_back_curves();

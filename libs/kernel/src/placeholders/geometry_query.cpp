@@ -9,14 +9,6 @@
 
 namespace TarvoInterface {
 
-STUB(get_source_surfaces, (int), std::vector<int>)
-STUB(get_target_surfaces, (int), std::vector<int>)
-STUB(project_unit_square, (const std::vector<std::vector<double>>&, int, int, int, int),
-     std::vector<std::vector<double>>)
-STUB(is_interval_count_odd, (int), bool)
 STUB_VOID(get_periodic_data, (const std::string&, int, double&, std::string&, int&, std::string&))
-STUB(get_node_constraint, (), bool)
-STUB(get_node_constraint_value, (), int)
-STUB(get_vertex_type, (int, int), std::string)
 
 } // namespace TarvoInterface

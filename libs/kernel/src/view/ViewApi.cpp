@@ -7,6 +7,8 @@
 #include "tarvo/TarvoInterface.h"
 #include "view/ViewState.h"
 
+#include <vtkVersionMacros.h>
+
 #include <utility>
 
 using tarvo::kernel::PickedEntity;
@@ -222,6 +224,13 @@ void set_label_type(const std::string& entity_type, int label_flag) {
 
 int get_label_type(const std::string& entity_type) {
     return with_view("get_label_type", 0, [&](ViewState& v) { return v.label_of(entity_type); });
+}
+
+// ---- Graphics library ------------------------------------------------------------------------
+
+// The views of this state are drawn with VTK; the version is the one built against.
+std::string get_graphics_version() {
+    return "VTK " VTK_VERSION;
 }
 
 } // namespace TarvoInterface
