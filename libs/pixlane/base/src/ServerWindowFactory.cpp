@@ -11,6 +11,10 @@
 #include <atomic>
 #include <utility>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include <vtkAutoInit.h>
 #include <vtkCallbackCommand.h>
 #include <vtkCommand.h>
@@ -107,6 +111,13 @@ int ServerWindowFactory::live_contexts() {
     return live_context_count.load();
 }
 
+void ServerWindowFactory::keep_frame_memory() {
+#if defined(__GLIBC__)
+    mallopt(M_MMAP_THRESHOLD, 32 << 20); // glibc's ceiling
+    mallopt(M_TRIM_THRESHOLD, 64 << 20);
+#endif
+}
+
 bool ServerWindowFactory::core_initialize_window(const std::shared_ptr<GView>& view) {
     if (!view || !ok())
         return false;
@@ -145,6 +156,9 @@ bool ServerWindowFactory::core_initialize_window(const std::shared_ptr<GView>& v
         render_window->AddObserver(event, window->callback);
     // Multisampled framebuffers can't be read back directly.
     render_window->SetMultiSamples(0);
+    // Frames are read back from VTK's display framebuffer; copying each to the pbuffer, which
+    // nobody reads, cost a fifth of the render thread's time on llvmpipe.
+    render_window->SetFrameBlitModeToNoBlit();
     render_window->SetSize(300, 300);
 
     GView* key = view.get();

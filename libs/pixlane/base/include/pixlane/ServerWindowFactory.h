@@ -33,6 +33,13 @@ public:
     // GL contexts that exist now, over all factories of the process.
     static int live_contexts();
 
+    // Tells glibc (process-wide, any thread, once) to keep blocks of up to 32 MB in the heap and
+    // not to give freed memory back below 64 MB. llvmpipe allocates vertex buffers of a draw
+    // call's size for every draw, and each frame's capture and payload are a few MB; given back
+    // to the system after each use, every frame faults all their pages in again, which on a
+    // virtual machine costs more than the drawing. Without glibc it does nothing.
+    static void keep_frame_memory();
+
 private:
     struct Display;
     struct Window;
