@@ -312,6 +312,8 @@ TEST_F(DiagnosticsTest, BadArgumentsAreRefusedAndChangeNothing) {
              return ti::get_coincident_vertices({1, 2}, std::nan("")).empty();
          }},
         {"unknown curve", [] { return ti::get_solutions_for_small_curves(99, 0.1, 1).empty(); }},
+        {"exterior angle 0",
+         [] { return ti::get_solutions_for_decomposition({1}, 0, false, false).empty(); }},
         {"unknown surface", [] { return ti::get_volume_gap_solutions(6, 99).empty(); }},
         {"gap 0",
          [] {
