@@ -3,7 +3,8 @@
 mouse_move sent to the image it caused) for several formats, beside the render-only time of the
 same frames in the same run, on a model of 20 volumes.
 
-    image_stream.py [--server PATH] [--size 800x600] [--formats rgb,lz4,jpg,png] [--moves 200]
+    image_stream.py [--server PATH] [--sizes 800x600,1920x1080] [--formats rgb,lz4,jpg,png]
+                    [--moves 200]
 
 The server is PATH, else $TARVO_SERVER, else the build's tarvo_server. Each move waits for its
 image before the next is sent (one frame in flight), so fps is 1 / mean latency. The render-only
@@ -76,20 +77,22 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--server", default=os.environ.get("TARVO_SERVER") or os.path.join(
         HERE, "..", "..", "build", "server", "tarvo_server"))
-    parser.add_argument("--size", default="800x600")
+    parser.add_argument("--sizes", default="800x600,1920x1080")
     parser.add_argument("--formats", default="rgb,lz4,jpg,png")
     parser.add_argument("--moves", type=int, default=200)
     args = parser.parse_args()
-    width, height = (int(v) for v in args.size.split("x"))
-    print(f"{args.size}, 20 volumes, {args.moves} moves per format, load {os.getloadavg()[0]:.1f}")
-    print(f"{'format':>6} {'fps':>7} {'p50 ms':>8} {'p90 ms':>8} {'render ms':>10} "
+    print(f"20 volumes, {args.moves} moves per format and size, load {os.getloadavg()[0]:.1f}")
+    print(f"{'size':>9} {'format':>6} {'fps':>7} {'p50 ms':>8} {'p90 ms':>8} {'render ms':>10} "
           f"{'encode ms':>10} {'p50/render':>11} {'(r+e)/r':>8}")
     with launch_server(binary=args.server) as server:
-        for fmt in args.formats.split(","):
-            r = asyncio.run(measure(server, fmt, width, height, args.moves))
-            print(f"{fmt:>6} {r['fps']:7.1f} {r['p50']:8.2f} {r['p90']:8.2f} {r['render']:10.2f} "
-                  f"{r['encode']:10.2f} {r['p50'] / r['render']:11.2f} "
-                  f"{(r['render'] + r['encode']) / r['render']:8.2f}", flush=True)
+        for size in args.sizes.split(","):
+            width, height = (int(v) for v in size.split("x"))
+            for fmt in args.formats.split(","):
+                r = asyncio.run(measure(server, fmt, width, height, args.moves))
+                print(f"{size:>9} {fmt:>6} {r['fps']:7.1f} {r['p50']:8.2f} {r['p90']:8.2f} "
+                      f"{r['render']:10.2f} {r['encode']:10.2f} {r['p50'] / r['render']:11.2f} "
+                      f"{(r['render'] + r['encode']) / r['render']:8.2f}", flush=True)
+        print(f"load at the end {os.getloadavg()[0]:.1f}")
 
 
 if __name__ == "__main__":

@@ -35,11 +35,6 @@ constexpr std::array<Row, 12> kNames{{
 constexpr std::array<const char*, 11> kHeader{
     {"rgb", "rgba", "bmp", "jpg", "png", "png", "ppm", "xbm", "xpm", "lz4", "lz4a"}};
 
-QByteArray raw_bytes(const QImage& image) {
-    return QByteArray(reinterpret_cast<const char*>(image.constBits()),
-                      static_cast<qsizetype>(image.sizeInBytes()));
-}
-
 QByteArray lz4_frame(const QImage& image) {
     const auto size = static_cast<size_t>(image.sizeInBytes());
     QByteArray payload;
@@ -53,17 +48,18 @@ QByteArray lz4_frame(const QImage& image) {
 }
 
 // The capture (blue, green, red, alpha; bottom row first) as true RGB or RGBA with the top row
-// first, in one pass: the same as rgbSwapped, mirrored and, for three bytes a pixel, a
-// conversion to RGB888, without the two intermediate images. The padding at the end of 3-byte
-// rows is zeroed, so that what goes to a client is defined to the last byte.
-QImage true_colour(const QImage& frame, bool three_bytes) {
+// first, written to `out` in rows of `stride` bytes, in one pass: the same as rgbSwapped,
+// mirrored and, for three bytes a pixel, a conversion to RGB888, without intermediate images.
+// The padding at the end of each row is zeroed, so that what goes to a client is defined to the
+// last byte.
+void pack(const QImage& frame, bool three_bytes, uchar* out, qsizetype stride) {
     const int w = frame.width();
     const int h = frame.height();
-    QImage out(w, h, three_bytes ? QImage::Format_RGB888 : QImage::Format_RGBA8888);
     const int step = three_bytes ? 3 : 4;
+    const qsizetype pad = stride - static_cast<qsizetype>(w) * step;
     for (int y = 0; y < h; ++y) {
         const uchar* in = frame.constScanLine(h - 1 - y);
-        uchar* row = out.scanLine(y);
+        uchar* row = out + static_cast<qsizetype>(y) * stride;
         for (int x = 0; x < w; ++x, in += 4, row += step) {
             row[0] = in[2];
             row[1] = in[1];
@@ -71,11 +67,27 @@ QImage true_colour(const QImage& frame, bool three_bytes) {
             if (!three_bytes)
                 row[3] = in[3];
         }
-        const qsizetype pad = out.bytesPerLine() - static_cast<qsizetype>(w) * step;
         if (pad > 0)
             std::memset(row, 0, static_cast<size_t>(pad));
     }
+}
+
+QImage true_colour(const QImage& frame, bool three_bytes) {
+    QImage out(frame.width(), frame.height(),
+               three_bytes ? QImage::Format_RGB888 : QImage::Format_RGBA8888);
+    pack(frame, three_bytes, out.bits(), out.bytesPerLine());
     return out;
+}
+
+// Raw payloads are packed straight into the message: a second frame-sized buffer and copy per
+// frame cost as much as the packing itself.
+QByteArray raw_bytes(const QImage& frame, bool three_bytes) {
+    // QImage's own row length, so that the payload reads as its buffer would.
+    const qsizetype stride = three_bytes ? (static_cast<qsizetype>(frame.width()) * 3 + 3) / 4 * 4
+                                         : static_cast<qsizetype>(frame.width()) * 4;
+    QByteArray payload(stride * frame.height(), Qt::Uninitialized);
+    pack(frame, three_bytes, reinterpret_cast<uchar*>(payload.data()), stride);
+    return payload;
 }
 
 } // namespace
@@ -98,11 +110,10 @@ QString header_name(int code) {
 QByteArray encode(const QImage& frame, int code) {
     if (code < 0 || code >= static_cast<int>(kHeader.size()) || frame.isNull())
         return {};
-    const QImage image = true_colour(frame, code == Rgb || code == Png || code == Lz4);
+    if (code == Rgb || code == Rgba)
+        return raw_bytes(frame, code == Rgb);
+    const QImage image = true_colour(frame, code == Png || code == Lz4);
     switch (code) {
-    case Rgb:
-    case Rgba:
-        return raw_bytes(image);
     case Lz4:
     case Lz4a:
         return lz4_frame(image);

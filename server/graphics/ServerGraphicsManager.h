@@ -18,6 +18,7 @@ class ServerGraphicsManager {
 public:
     // Installs a ServerWindowFactory when the queue has a model set and EGL gives a display;
     // otherwise views can't be made and create_view answers null.
+    // With graphics it also tells glibc to keep frame-sized blocks in the heap (process-wide).
     explicit ServerGraphicsManager(RenderQueue* queue);
     // Destroys all views, then uninstalls the factory.
     ~ServerGraphicsManager();
