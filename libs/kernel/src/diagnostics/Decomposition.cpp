@@ -160,10 +160,12 @@ struct Cut {
     std::vector<int> pieces_by_surface;
 };
 
-// An original surface of `volume` that `piece` still holds untouched (its id survives the cuts),
-// or 0.
+// An original surface of `volume` alone (a merged one would list its neighbour too) that `piece`
+// still holds untouched (its id survives the cuts), or 0.
 int kept_surface(int volume, const TopoDS_Shape& piece) {
     for (int s : model().relatives(GeomKind::Volume, volume, GeomKind::Surface)) {
+        if (volumes_holding(GeomKind::Surface, s).size() != 1)
+            continue;
         const TopoDS_Shape face = model().shape(GeomKind::Surface, s);
         for (TopExp_Explorer ex(piece, TopAbs_FACE); ex.More(); ex.Next())
             if (ex.Current().IsSame(face))
@@ -262,6 +264,10 @@ Solutions decomposition_solutions(const std::vector<int>& volumes, double exteri
         std::string why;
         if (mesh::find_sweep_pair(*mesher, v, s, t, why))
             continue; // sweeps as it is
+        // A webcut cuts whole bodies: the copy would not show what it does to the others.
+        const std::vector<int> bodies = model().bodies_of(GeomKind::Volume, v);
+        if (bodies.size() != 1 || model().body(bodies.front())->volumes.size() != 1)
+            continue;
         std::vector<Cut> cuts;
         std::size_t pieces = 0;
         if (!search(v, candidate_planes(v, exterior_angle), cuts, pieces))
