@@ -337,4 +337,18 @@ TEST_F(FeTest, ResultFileTimesAndVariables) {
         EXPECT_TRUE(TI::get_all_exodus_times(file).empty()) << file;
 }
 
+// The copy settings are stored and read back (copy itself does not act on them yet).
+TEST_F(FeTest, CopySettings) {
+    EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "OFF");
+    run("set copy block on geometry copy use_original");
+    run("set copy sideset on geometry copy on");
+    EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "USE_ORIGINAL");
+    EXPECT_EQ(TI::get_copy_sideset_on_geometry_copy_setting(), "ON");
+    EXPECT_EQ(TI::get_copy_nodeset_on_geometry_copy_setting(), "OFF");
+    EXPECT_NE(rejected("set copy nodeset on geometry copy maybe").find("use_original"),
+              std::string::npos);
+    run("reset");
+    EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "OFF");
+}
+
 } // namespace

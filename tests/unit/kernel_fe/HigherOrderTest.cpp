@@ -2,8 +2,9 @@
 // type adds (one per edge, and per face and element for HEX27), where they lie (on the
 // cylinder when they belong to its side or its circles, else the mean of their corners), the
 // Exodus file read back with the Exodus C API (type, nodes per element, every mid-node at the
-// place its slot in the Exodus node order calls for), a side set on the end face, the native
-// file, a type set back to linear and undo.
+// place its slot in the Exodus node order calls for), a side set on the end face, the .vtu
+// read by VTK (every quadratic edge's middle node in place) and the .inp's node order, the
+// native file, a type set back to linear and undo.
 
 #include "tarvo/TarvoInterface.h"
 
@@ -13,11 +14,18 @@
 #include <gtest/gtest.h>
 
 #include <exodusII.h>
+#include <vtkCell.h>
+#include <vtkCellType.h>
+#include <vtkNew.h>
+#include <vtkUnstructuredGrid.h>
+#include <vtkXMLUnstructuredGridReader.h>
 
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 
 namespace TI = TarvoInterface;
 namespace km = tarvo::kernel::mesh;
@@ -46,18 +54,40 @@ struct Case {
     int nodes;
     Corners slots;
     bool faces_and_centres; // HEX27: a node per distinct face and per element too
+    int vtk_cell;
+    const char* abaqus;            // Abaqus element, or null when the .inp refuses the type
+    std::vector<int> abaqus_slots; // the Exodus slot of each Abaqus node
 };
 
+std::vector<int> iota(int n) {
+    std::vector<int> out(n);
+    for (int i = 0; i < n; ++i)
+        out[i] = i;
+    return out;
+}
+
 const Case kCases[] = {
-    {"HEX20", "sweep", "hex", 20, kHex20, false},
-    {"HEX27", "sweep", "hex", 27,
+    {"HEX20", "sweep", "hex", 20, kHex20, false, VTK_QUADRATIC_HEXAHEDRON, "C3D20", {0,  1,  2,
+                                                                                     3,  4,  5,
+                                                                                     6,  7,  8,
+                                                                                     9,  10, 11,
+                                                                                     16, 17, 18,
+                                                                                     19, 12, 13,
+                                                                                     14, 15}},
+    {"HEX27",
+     "sweep",
+     "hex",
+     27,
      [] {
          Corners c = kHex20;
          c.insert(c.end(), kHex27Extra.begin(), kHex27Extra.end());
          return c;
      }(),
-     true},
-    {"TET10", "tetmesh", "tet", 10, kTet10, false},
+     true,
+     VTK_TRIQUADRATIC_HEXAHEDRON,
+     nullptr,
+     {}},
+    {"TET10", "tetmesh", "tet", 10, kTet10, false, VTK_QUADRATIC_TETRA, "C3D10", iota(10)},
 };
 
 using P = std::array<double, 3>;
@@ -177,6 +207,56 @@ TEST_F(HigherOrderTest, MidNodesOnTheGeometryInExodusOrder) {
         }
         EXPECT_LT(worst, 1e-6) << "slot " << worst_slot;
         EXPECT_GT(on_cylinder, 0);
+
+        // VTK reads the .vtu's cells by its own node order: each of their quadratic edges has
+        // its middle node where the Exodus check above put it. The .inp lists Abaqus' order.
+        run("export mesh 'ho.vtu' overwrite");
+        vtkNew<vtkXMLUnstructuredGridReader> reader;
+        reader->SetFileName("ho.vtu");
+        reader->Update();
+        vtkUnstructuredGrid* grid = reader->GetOutput();
+        ASSERT_EQ(grid->GetNumberOfCells(), count);
+        EXPECT_EQ(grid->GetCellType(0), c.vtk_cell);
+        double worst_edge = 0;
+        for (vtkIdType cell = 0; cell < grid->GetNumberOfCells(); ++cell) {
+            vtkCell* cc = grid->GetCell(cell);
+            for (int k = 0; k < cc->GetNumberOfEdges(); ++k) {
+                vtkCell* edge = cc->GetEdge(k);
+                ASSERT_EQ(edge->GetNumberOfPoints(), 3);
+                P a, b, mid;
+                grid->GetPoint(edge->GetPointId(0), a.data());
+                grid->GetPoint(edge->GetPointId(1), b.data());
+                grid->GetPoint(edge->GetPointId(2), mid.data());
+                P mean{(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
+                double d = std::hypot(mid[0] - mean[0], mid[1] - mean[1], mid[2] - mean[2]);
+                const double r = std::hypot(mean[0], mean[1]);
+                if (std::abs(std::hypot(mid[0], mid[1]) - 5) < 1e-6 && r > 0)
+                    d = std::min(d, std::hypot(mid[0] - mean[0] * 5 / r, mid[1] - mean[1] * 5 / r,
+                                               mid[2] - mean[2]));
+                worst_edge = std::max(worst_edge, d);
+            }
+        }
+        EXPECT_LT(worst_edge, 1e-6);
+        if (c.abaqus) {
+            run("export mesh 'ho.inp' overwrite");
+            std::ifstream inp("ho.inp");
+            std::string line;
+            while (std::getline(inp, line) && line.find("*ELEMENT") != 0) {
+            }
+            EXPECT_NE(line.find(c.abaqus), std::string::npos) << line;
+            std::vector<int> listed;
+            while (static_cast<int>(listed.size()) < c.nodes + 1 && std::getline(inp, line)) {
+                std::stringstream fields(line);
+                std::string field;
+                while (std::getline(fields, field, ','))
+                    if (field.find_first_not_of(' ') != std::string::npos)
+                        listed.push_back(std::stoi(field));
+            }
+            std::vector<int> expected{1};
+            for (int slot : c.abaqus_slots)
+                expected.push_back(expanded[slot]);
+            EXPECT_EQ(listed, expected);
+        }
 
         // The native file keeps them with their ids; back to linear drops them, undo brings
         // them back.

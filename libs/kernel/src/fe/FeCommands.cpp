@@ -177,14 +177,17 @@ bool export_mesh_command(Cursor& c) {
     return fe_module()->export_mesh(path, overwrite, *format);
 }
 
-// `set copy_<kind>_on_geometry_copy on|off|use_original`.
-CommandHandler copy_setting_command(int which) {
-    return [which](Cursor& c) {
-        std::string value;
-        if (!c.choice({"on", "off", "use_original"}, value) || !c.expect_end())
-            return c.fail("expected on, off or use_original");
-        return fe_module()->set_copy_setting(which, value);
-    };
+// `set copy block|nodeset|sideset on geometry copy on|off|use_original`.
+bool copy_setting_command(Cursor& c) {
+    int which = 0;
+    std::string value;
+    if (!c.choice({"block", "nodeset", "sideset"}, which))
+        return c.fail("expected block, nodeset or sideset after 'set copy'");
+    if (!c.keyword("on") || !c.keyword("geometry") || !c.keyword("copy"))
+        return c.fail("expected 'on geometry copy'");
+    if (!c.choice({"on", "off", "use_original"}, value) || !c.expect_end())
+        return c.fail("expected on, off or use_original");
+    return fe_module()->set_copy_setting(which, value);
 }
 
 } // namespace
@@ -207,11 +210,8 @@ void register_fe_commands() {
     register_command({"delete block", delete_command("block"), true, "delete block <ids>"});
     register_command({"delete nodeset", delete_command("nodeset"), true, "delete nodeset <ids>"});
     register_command({"delete sideset", delete_command("sideset"), true, "delete sideset <ids>"});
-    const char* const kinds[] = {"block", "nodeset", "sideset"};
-    for (int which = 0; which < 3; ++which) {
-        const std::string name = std::string("set copy_") + kinds[which] + "_on_geometry_copy";
-        register_command({name, copy_setting_command(which), false, name + " on|off|use_original"});
-    }
+    register_command({"set copy", copy_setting_command, false,
+                      "set copy block|nodeset|sideset on geometry copy on|off|use_original"});
     register_command({"export mesh", export_mesh_command, false,
                       "export mesh '<file>' [format exodus|gmsh|vtu|abaqus] [overwrite]"});
 }

@@ -176,10 +176,14 @@ bool FeModule::export_mesh(const std::string& path, bool overwrite, MeshFormat f
         for (const auto& b : layout.blocks) {
             if (b.elements.empty())
                 warning("block " + std::to_string(b.block->id) + " has no elements");
-            if (b.nodes != mesh::info(b.kind).nodes && format != MeshFormat::Exodus)
+            const bool linear = b.nodes == mesh::info(b.kind).nodes;
+            const bool writes = format == MeshFormat::Exodus ||
+                                (format == MeshFormat::Vtu && vtu_writes(b.type)) ||
+                                (format == MeshFormat::Abaqus && inp_writes(b.type)) || linear;
+            if (!writes)
                 return error("block " + std::to_string(b.block->id) + " is " + b.type + ": " +
                              format_name(format) +
-                             " files are written with linear elements only; export Exodus");
+                             " files are not written with it here; export Exodus");
         }
 
         sync_mid_nodes();

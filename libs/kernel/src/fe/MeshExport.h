@@ -45,6 +45,11 @@ struct ExportData {
     std::vector<Sides> sidesets;
 };
 
+// Whether a block of `type` can go into a .vtu / .inp file (the linear types and the
+// higher-order ones VTK or Abaqus has a cell for).
+bool vtu_writes(const std::string& type);
+bool inp_writes(const std::string& type);
+
 void write_exodus(const ExportData& data, const std::string& path);
 void write_msh(const ExportData& data, const std::string& path);
 void write_vtu(const ExportData& data, const std::string& path);

@@ -78,7 +78,31 @@ void write_ids(std::ostream& out, const std::vector<int>& ids) {
         out << ids[i] << (i + 1 == ids.size() || i % 16 == 15 ? "\n" : ", ");
 }
 
+// Abaqus continuum elements of the higher-order types it has, with the Exodus slot of each
+// Abaqus node (C3D10 is in the Exodus order; C3D20 and C3D15 put the vertical edges last).
+struct InpHigher {
+    std::string_view type;
+    const char* abaqus;
+    std::vector<int> from_exodus;
+};
+const InpHigher* inp_higher(const std::string& type) {
+    static const std::vector<InpHigher> table{
+        {"HEX20", "C3D20", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 16, 17, 18, 19, 12, 13, 14, 15}},
+        {"TET10", "C3D10", {}},
+        {"WEDGE15", "C3D15", {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 13, 14, 9, 10, 11}},
+    };
+    for (const auto& t : table)
+        if (t.type == type)
+            return &t;
+    return nullptr;
+}
+
 } // namespace
+
+bool inp_writes(const std::string& type) {
+    const ElementType* t = find_element_type(type);
+    return !t || t->mids.empty() || inp_higher(type);
+}
 
 void write_inp(const ExportData& data, const std::string& path) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -97,14 +121,19 @@ void write_inp(const ExportData& data, const std::string& path) {
         const auto& b = data.layout.blocks[i];
         if (b.elements.empty())
             continue;
-        const int n = mesh::info(b.kind).nodes;
-        out << "*ELEMENT, TYPE=" << abaqus_type(b.type, b.kind)
+        const int n = b.nodes;
+        const InpHigher* higher = inp_higher(b.type);
+        out << "*ELEMENT, TYPE=" << (higher ? higher->abaqus : abaqus_type(b.type, b.kind))
             << ", ELSET=" << abaqus_name(b.block->name, "Block", b.block->id) << "\n";
         for (size_t e = 0; e < b.elements.size(); ++e) {
             kind_of[++global] = b.kind;
             out << global;
-            for (int k = 0; k < n; ++k)
-                out << ", " << data.node_ids[data.conn[i][e * n + k] - 1];
+            // Abaqus data lines hold at most 16 entries: a 20-node element goes on two.
+            for (int k = 0; k < n; ++k) {
+                const int slot =
+                    higher && !higher->from_exodus.empty() ? higher->from_exodus[k] : k;
+                out << (k == 15 ? ",\n" : ", ") << data.node_ids[data.conn[i][e * n + slot] - 1];
+            }
             out << "\n";
         }
     }

@@ -52,7 +52,45 @@ unsigned char vtk_type(ElemKind kind) {
     return VTK_VERTEX;
 }
 
+// A higher-order type's VTK cell and the Exodus slot of each VTK node (identity when empty);
+// VTK_EMPTY_CELL for a type VTK has no cell for.
+struct VtkHigher {
+    std::string_view type;
+    unsigned char cell;
+    std::vector<int> from_exodus;
+};
+const VtkHigher* vtk_higher(const std::string& type) {
+    static const std::vector<VtkHigher> table{
+        {"HEX20", VTK_QUADRATIC_HEXAHEDRON, {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
+                                             10, 11, 16, 17, 18, 19, 12, 13, 14, 15}},
+        {"HEX27", VTK_TRIQUADRATIC_HEXAHEDRON, {0,  1,  2,  3,  4,  5,  6,  7,  8,
+                                                9,  10, 11, 16, 17, 18, 19, 12, 13,
+                                                14, 15, 23, 24, 25, 26, 21, 22, 20}},
+        {"TET10", VTK_QUADRATIC_TETRA, {}},
+        {"WEDGE15", VTK_QUADRATIC_WEDGE, {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 13, 14, 9, 10, 11}},
+        {"PYRAMID13", VTK_QUADRATIC_PYRAMID, {}},
+        {"QUAD8", VTK_QUADRATIC_QUAD, {}},
+        {"SHELL8", VTK_QUADRATIC_QUAD, {}},
+        {"QUAD9", VTK_BIQUADRATIC_QUAD, {}},
+        {"SHELL9", VTK_BIQUADRATIC_QUAD, {}},
+        {"TRI6", VTK_QUADRATIC_TRIANGLE, {}},
+        {"TRISHELL6", VTK_QUADRATIC_TRIANGLE, {}},
+        {"BAR3", VTK_QUADRATIC_EDGE, {}},
+        {"BEAM3", VTK_QUADRATIC_EDGE, {}},
+        {"TRUSS3", VTK_QUADRATIC_EDGE, {}},
+    };
+    for (const auto& t : table)
+        if (t.type == type)
+            return &t;
+    return nullptr;
+}
+
 } // namespace
+
+bool vtu_writes(const std::string& type) {
+    const ElementType* t = find_element_type(type);
+    return !t || t->mids.empty() || vtk_higher(type);
+}
 
 void write_vtu(const ExportData& data, const std::string& path) {
     const vtkIdType node_count = static_cast<vtkIdType>(data.node_ids.size());
@@ -87,14 +125,18 @@ void write_vtu(const ExportData& data, const std::string& path) {
     vtkIdType cell = 0, at = 0;
     for (size_t i = 0; i < data.layout.blocks.size(); ++i) {
         const auto& b = data.layout.blocks[i];
-        const int n = mesh::info(b.kind).nodes;
+        const int n = b.nodes;
+        const VtkHigher* higher = vtk_higher(b.type);
         for (size_t e = 0; e < b.elements.size(); ++e, ++cell) {
             offsets->SetValue(cell, at);
-            types->SetValue(cell, vtk_type(b.kind));
+            types->SetValue(cell, higher ? higher->cell : vtk_type(b.kind));
             block_id->SetValue(cell, b.block->id);
             global_id->SetValue(cell, static_cast<int>(cell + 1));
-            for (int k = 0; k < n; ++k)
-                connectivity->SetValue(at++, data.conn[i][e * n + k] - 1);
+            for (int k = 0; k < n; ++k) {
+                const int slot =
+                    higher && !higher->from_exodus.empty() ? higher->from_exodus[k] : k;
+                connectivity->SetValue(at++, data.conn[i][e * n + slot] - 1);
+            }
         }
     }
     offsets->SetValue(cell_count, at);
