@@ -7,12 +7,12 @@
 // Why a relay. The check must see the client's bytes in order and know where each frame starts.
 // Reading ahead of Qt on its own socket with peek() can't: Qt's reader consumes a varying part
 // of what is available, so the stream offset is unknown. A QTcpSocket subclass can't see them
-// either: an accepted socket stays buffered whatever its open mode (only connectToHost honours
-// Unbuffered), so bytes go from the descriptor into QIODevice's buffer without passing a
-// virtual function, and a QSslSocket decrypts into that buffer the same way. So the listener
-// owns the client's socket (a QTcpSocket, or a QSslSocket that it starts encryption on) and
-// relays what the client sends, checked by a ClientFrameChecker, over a local socket pair to a
-// RelayedSocket that it hands to QWebSocketServer::handleConnection; the WebSocket server then
+// either: a socket made from an accepted descriptor stays buffered whatever its open mode
+// (setSocketDescriptor ignores Unbuffered), so bytes go from the descriptor into QIODevice's buffer
+// without passing a virtual function, and a QSslSocket decrypts into that buffer the same way. So
+// the listener owns the client's socket (a QTcpSocket, or a QSslSocket that it starts encryption
+// on) and relays what the client sends, checked by a ClientFrameChecker, over a local socket pair
+// to a RelayedSocket that it hands to QWebSocketServer::handleConnection; the WebSocket server then
 // always runs in non-secure mode. Only that direction is relayed: what the WebSocket writes, the
 // RelayedSocket passes straight to the client's socket, so image delivery costs no extra copy;
 // a request costs one more pass of the event loop.
