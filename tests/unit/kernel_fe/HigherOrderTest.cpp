@@ -3,7 +3,8 @@
 // cylinder when they belong to its side or its circles, else the mean of their corners), the
 // Exodus file read back with the Exodus C API (type, nodes per element, every mid-node at the
 // place its slot in the Exodus node order calls for), a side set on the end face, the .vtu
-// read by VTK (every quadratic edge's middle node in place) and the .inp's node order, the
+// read by VTK and the .msh by Gmsh (every higher-order node where its corners put it in their
+// own node orders), the .inp's node order, the
 // native file, a type set back to linear and undo.
 
 #include "tarvo/TarvoInterface.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <exodusII.h>
+#include <gmsh.h>
 #include <vtkCell.h>
 #include <vtkCellType.h>
 #include <vtkNew.h>
@@ -33,6 +35,7 @@ namespace km = tarvo::kernel::mesh;
 namespace {
 
 using Corners = std::vector<std::vector<int>>;
+using P = std::array<double, 3>;
 
 // The Exodus node order of each type beyond its corners, written out from the Exodus element
 // pictures (independently of the kernel's table).
@@ -90,7 +93,20 @@ const Case kCases[] = {
     {"TET10", "tetmesh", "tet", 10, kTet10, false, VTK_QUADRATIC_TETRA, "C3D10", iota(10)},
 };
 
-using P = std::array<double, 3>;
+// How far `mid` is from the mean of `corners`, or from that mean moved radially onto the
+// cylinder when `mid` lies on it.
+double miss(const P& mid, const std::vector<P>& corners) {
+    P mean{0, 0, 0};
+    for (const P& c : corners)
+        for (int d = 0; d < 3; ++d)
+            mean[d] += c[d] / static_cast<double>(corners.size());
+    double out = std::hypot(mid[0] - mean[0], mid[1] - mean[1], mid[2] - mean[2]);
+    const double r = std::hypot(mean[0], mean[1]);
+    if (std::abs(std::hypot(mid[0], mid[1]) - 5) < 1e-6 && r > 0)
+        out = std::min(
+            out, std::hypot(mid[0] - mean[0] * 5 / r, mid[1] - mean[1] * 5 / r, mid[2] - mean[2]));
+    return out;
+}
 
 class HigherOrderTest : public test_support::KernelTest {
 protected:
@@ -227,16 +243,60 @@ TEST_F(HigherOrderTest, MidNodesOnTheGeometryInExodusOrder) {
                 grid->GetPoint(edge->GetPointId(0), a.data());
                 grid->GetPoint(edge->GetPointId(1), b.data());
                 grid->GetPoint(edge->GetPointId(2), mid.data());
-                P mean{(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
-                double d = std::hypot(mid[0] - mean[0], mid[1] - mean[1], mid[2] - mean[2]);
-                const double r = std::hypot(mean[0], mean[1]);
-                if (std::abs(std::hypot(mid[0], mid[1]) - 5) < 1e-6 && r > 0)
-                    d = std::min(d, std::hypot(mid[0] - mean[0] * 5 / r, mid[1] - mean[1] * 5 / r,
-                                               mid[2] - mean[2]));
+                const double d = miss(mid, {a, b});
                 worst_edge = std::max(worst_edge, d);
             }
         }
         EXPECT_LT(worst_edge, 1e-6);
+        // Gmsh places each node of its element by local coordinates: a higher-order node is
+        // the middle of the corners that share its coordinates (a hex's) or of the pair whose
+        // mean it is (a tet's).
+        run("export mesh 'ho.msh' overwrite");
+        std::string kernel_model;
+        gmsh::model::getCurrent(kernel_model);
+        gmsh::model::add("read-back");
+        gmsh::merge("ho.msh");
+        std::vector<std::size_t> tags;
+        std::vector<double> xyz, params;
+        gmsh::model::mesh::getNodes(tags, xyz, params);
+        std::map<std::size_t, P> at;
+        for (size_t i = 0; i < tags.size(); ++i)
+            at[tags[i]] = {xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]};
+        std::vector<int> types;
+        std::vector<std::vector<std::size_t>> elem_tags, elem_nodes;
+        gmsh::model::mesh::getElements(types, elem_tags, elem_nodes, 3);
+        ASSERT_EQ(types.size(), 1u);
+        std::string name;
+        int dim = 0, order = 0, per_element = 0, primary = 0;
+        std::vector<double> local;
+        gmsh::model::mesh::getElementProperties(types[0], name, dim, order, per_element, local,
+                                                primary);
+        EXPECT_EQ(per_element, c.nodes) << name;
+        double worst_msh = 0;
+        for (size_t e = 0; e < elem_tags[0].size(); ++e) {
+            const std::size_t* n = elem_nodes[0].data() + e * per_element;
+            for (int k = primary; k < per_element; ++k) {
+                const double* m = &local[3 * k];
+                std::vector<P> corners;
+                for (int i = 0; i < primary && kind == km::ElemKind::Hex; ++i)
+                    if ((m[0] == 0 || local[3 * i] == m[0]) &&
+                        (m[1] == 0 || local[3 * i + 1] == m[1]) &&
+                        (m[2] == 0 || local[3 * i + 2] == m[2]))
+                        corners.push_back(at[n[i]]);
+                for (int i = 0; i < primary && kind != km::ElemKind::Hex; ++i)
+                    for (int j = i + 1; j < primary; ++j)
+                        if (std::hypot(local[3 * i] + local[3 * j] - 2 * m[0],
+                                       local[3 * i + 1] + local[3 * j + 1] - 2 * m[1],
+                                       local[3 * i + 2] + local[3 * j + 2] - 2 * m[2]) < 1e-12)
+                            corners.insert(corners.end(), {at[n[i]], at[n[j]]});
+                ASSERT_FALSE(corners.empty());
+                worst_msh = std::max(worst_msh, miss(at[n[k]], corners));
+            }
+        }
+        EXPECT_LT(worst_msh, 1e-6);
+        gmsh::model::remove();
+        gmsh::model::setCurrent(kernel_model);
+
         if (c.abaqus) {
             run("export mesh 'ho.inp' overwrite");
             std::ifstream inp("ho.inp");

@@ -178,6 +178,7 @@ bool FeModule::export_mesh(const std::string& path, bool overwrite, MeshFormat f
                 warning("block " + std::to_string(b.block->id) + " has no elements");
             const bool linear = b.nodes == mesh::info(b.kind).nodes;
             const bool writes = format == MeshFormat::Exodus ||
+                                (format == MeshFormat::Gmsh && msh_writes(b.type)) ||
                                 (format == MeshFormat::Vtu && vtu_writes(b.type)) ||
                                 (format == MeshFormat::Abaqus && inp_writes(b.type)) || linear;
             if (!writes)

@@ -45,8 +45,9 @@ struct ExportData {
     std::vector<Sides> sidesets;
 };
 
-// Whether a block of `type` can go into a .vtu / .inp file (the linear types and the
-// higher-order ones VTK or Abaqus has a cell for).
+// Whether a block of `type` can go into a .msh / .vtu / .inp file (the linear types and the
+// higher-order ones the format has a cell for).
+bool msh_writes(const std::string& type);
 bool vtu_writes(const std::string& type);
 bool inp_writes(const std::string& type);
 

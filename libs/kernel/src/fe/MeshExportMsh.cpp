@@ -86,7 +86,32 @@ private:
     double before_ = 0;
 };
 
+// Gmsh's type code of a higher-order type and the Exodus slot of each Gmsh node (Gmsh lists a
+// hex's edges by their first corner and a tet's last two edges the other way round).
+struct GmshHigher {
+    std::string_view type;
+    int code;
+    std::vector<int> from_exodus;
+};
+const GmshHigher* gmsh_higher(const std::string& type) {
+    static const std::vector<GmshHigher> table{
+        {"HEX20", 17, {0, 1, 2, 3, 4, 5, 6, 7, 8, 11, 12, 9, 13, 10, 14, 15, 16, 19, 17, 18}},
+        {"HEX27", 12, {0,  1,  2,  3,  4,  5,  6,  7,  8,  11, 12, 9,  13, 10,
+                       14, 15, 16, 19, 17, 18, 21, 25, 23, 24, 26, 22, 20}},
+        {"TET10", 11, {0, 1, 2, 3, 4, 5, 6, 7, 9, 8}},
+    };
+    for (const auto& t : table)
+        if (t.type == type)
+            return &t;
+    return nullptr;
+}
+
 } // namespace
+
+bool msh_writes(const std::string& type) {
+    const ElementType* t = find_element_type(type);
+    return !t || t->mids.empty() || gmsh_higher(type);
+}
 
 void write_msh(const ExportData& data, const std::string& path) {
     if (!data.nodesets.empty())
@@ -138,10 +163,16 @@ void write_msh(const ExportData& data, const std::string& path) {
             where[next_element] = {i, static_cast<int>(e)};
             tags.push_back(next_element++);
         }
-        for (int n : data.conn[i])
-            conn.push_back(static_cast<std::size_t>(data.node_ids[n - 1]));
+        const GmshHigher* higher = gmsh_higher(b.type);
+        for (size_t e = 0; e < b.elements.size(); ++e)
+            for (int k = 0; k < b.nodes; ++k) {
+                const int slot = higher ? higher->from_exodus[k] : k;
+                const int n = data.conn[i][e * b.nodes + slot];
+                conn.push_back(static_cast<std::size_t>(data.node_ids[n - 1]));
+            }
         if (!tags.empty())
-            gmsh::model::mesh::addElementsByType(entity[i], gmsh_type(b.kind), tags, conn);
+            gmsh::model::mesh::addElementsByType(
+                entity[i], higher ? higher->code : gmsh_type(b.kind), tags, conn);
     }
 
     for (const auto& [set, elems, sides] : data.sidesets) {
@@ -152,7 +183,7 @@ void write_msh(const ExportData& data, const std::string& path) {
             const auto [block, index] = where[elems[k]];
             const ElemKind kind = layout.blocks[block].kind;
             dim = std::max(0, mesh::info(kind).dim - 1);
-            const int n = mesh::info(kind).nodes;
+            const int n = layout.blocks[block].nodes; // corners first
             const int* corners = data.conn[block].data() + static_cast<size_t>(index) * n;
             const auto& face = mesh::topology(kind).faces.at(sides[k] - 1);
             auto& out = face.size() == 3 ? tris : quads;
