@@ -16,11 +16,22 @@ void FeModule::sync_mid_nodes() {
     if (!m)
         return;
     const mesh::MeshState& s = m->state();
+    MidPlanInputs inputs;
+    for (const auto& [id, block] : state_.blocks)
+        if (const ElementType* type = find_element_type(block->element_type);
+            type && !type->mids.empty())
+            inputs.blocks.emplace(id, block);
+    if (inputs.blocks.empty() && s.mid_pieces().empty()) {
+        planned_.reset();
+        return;
+    }
+    inputs.pieces = s.pieces();
+    inputs.mids = s.mid_pieces();
+    if (planned_ == inputs)
+        return;
     std::map<mesh::Owner, std::vector<mesh::MidKey>> wanted;
-    for (const auto& [id, block] : state_.blocks) {
+    for (const auto& [id, block] : inputs.blocks) {
         const ElementType* type = find_element_type(block->element_type);
-        if (!type || type->mids.empty())
-            continue;
         const auto elems = elements(*block);
         const auto it = elems.find(type->kind);
         if (it == elems.end())
@@ -33,6 +44,8 @@ void FeModule::sync_mid_nodes() {
         }
     }
     m->sync_mid_nodes(wanted);
+    inputs.mids = s.mid_pieces();
+    planned_ = std::move(inputs);
 }
 
 std::vector<int> FeModule::expanded_nodes(const ElementType& type, const int* corners,

@@ -181,7 +181,8 @@ public:
     bool layout(Layout& out, std::string& why) const;
 
     // Makes the mesh hold exactly the mid-nodes the higher-order blocks need (after every
-    // command, and before an export); FeMidNodes.cpp.
+    // command, and before an export; nothing to do when neither the higher-order blocks nor the
+    // mesh changed since the last plan); FeMidNodes.cpp.
     void sync_mid_nodes();
     // The element's nodes as a block of `type` writes them: corners, then mid-nodes in the
     // Exodus order. Empty when a mid-node is missing.
@@ -219,6 +220,15 @@ public:
     void clear_state() override;
 
 private:
+    // What the last mid-node plan was made from (held, so that an address is never reused): a
+    // command that changed none of it needs no new plan.
+    struct MidPlanInputs {
+        std::map<int, std::shared_ptr<const Block>> blocks; // the higher-order ones
+        std::map<mesh::Owner, mesh::PiecePtr> pieces, mids;
+        bool operator==(const MidPlanInputs&) const = default;
+    };
+    std::optional<MidPlanInputs> planned_;
+
     FeState state_;
     std::array<std::string, 3> copy_settings_{"OFF", "OFF", "OFF"};
 };
