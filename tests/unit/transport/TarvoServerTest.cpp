@@ -220,7 +220,7 @@ QByteArray client_frame(unsigned char first_byte, const QByteArray& payload, boo
     return out + body;
 }
 
-// A WebSocket client on a raw TCP (or TLS) socket, writing frames byte by byte as given.
+// A WebSocket client on a raw TCP (or TLS) socket: the test writes the frames by hand.
 struct RawClient {
     RawClient(const TarvoServer& server, bool use_tls) {
         QObject::connect(&socket, &QSslSocket::readyRead, [this] { received += socket.readAll(); });
