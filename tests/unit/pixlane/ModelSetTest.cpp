@@ -292,6 +292,38 @@ TEST_F(ModelSet, MeshEdgesAppearAlongTheGridLines) {
     EXPECT_EQ(darker_on_lines(), 0);
 }
 
+TEST_F(ModelSet, ProjectionFollowsTheKernelsPerspectiveSwitch) {
+    run("create box 2");
+    look({0, 0, 10}, 2);
+    // From +z a box of side 2 shows its top face alone, a square: in parallel half the view's
+    // height (scale 2), in perspective what its distance (9) and the view angle give. Its edges,
+    // drawn 2 pixels wide, and its corner points add about 2 pixels; the two differ by 10.
+    const auto square = [](const std::vector<unsigned char>& image) {
+        long lit = 0;
+        for (int row = 0; row < kHeight; ++row)
+            for (int column = 0; column < kWidth; ++column)
+                lit += brightness(at(image, column, row)) > 0;
+        return std::sqrt(static_cast<double>(lit));
+    };
+    vtkCamera* camera = view->renderer()->GetActiveCamera();
+    EXPECT_NEAR(square(frame()), kHeight / 2.0 + 2, 2.0);
+
+    std::vector<unsigned long> asked;
+    view->enable_render(false, false);
+    view->set_end_render_callback([&](unsigned long id) { asked.push_back(id); });
+    run("graphics perspective on");
+    EXPECT_EQ(asked, std::vector<unsigned long>{5});
+    const double half_height = 9 * std::tan(camera->GetViewAngle() / 2 * M_PI / 180);
+    EXPECT_NEAR(square(frame()), kHeight / half_height + 2, 2.0);
+    EXPECT_FALSE(camera->GetParallelProjection());
+
+    asked.clear();
+    run("graphics perspective off");
+    EXPECT_EQ(asked, std::vector<unsigned long>{5});
+    view->render();
+    EXPECT_TRUE(camera->GetParallelProjection());
+}
+
 TEST_F(ModelSet, ACommandRebuildsOnlyWhatItChangedAndAsksOnce) {
     for (int i = 0; i < 3; ++i)
         run("create box 1 at " + std::to_string(3 * i) + " 0 0");

@@ -9,6 +9,7 @@
 #include <vtkCommand.h>
 #include <vtkFloatArray.h>
 #include <vtkIntArray.h>
+#include <vtkMath.h>
 #include <vtkMultiBlockDataSet.h>
 #include <vtkPointData.h>
 #include <vtkPoints.h>
@@ -261,6 +262,7 @@ Look GTarvoModelSet::Impl::compute_look() const {
     look.mode = TI::get_rendering_mode();
     look.mesh_on = TI::is_mesh_visibility_on();
     look.geometry_on = TI::is_geometry_visibility_on();
+    look.perspective = TI::is_perspective_on();
     std::set<Entity> drawing;
     for (const Entity& e : tg::drawing_set(""))
         drawing.insert(e);
@@ -395,6 +397,7 @@ void GTarvoModelSet::Impl::update() {
 void GTarvoModelSet::Impl::sync(ViewEntry& entry) {
     update();
     follow_camera(entry);
+    follow_projection(entry);
     vtkRenderer* renderer = entry.renderer;
     std::array<std::map<PieceKey, std::pair<long, long>>, kChunks> now;
     for (const auto& [key, piece] : pieces)
@@ -465,6 +468,19 @@ void GTarvoModelSet::Impl::follow_camera(ViewEntry& entry) {
     c->SetPosition(camera.from.data());
     c->SetViewUp(camera.up.data());
     c->OrthogonalizeViewUp();
+}
+
+void GTarvoModelSet::Impl::follow_projection(ViewEntry& entry) {
+    vtkCamera* c = entry.renderer->GetActiveCamera();
+    const int parallel = drawn.perspective ? 0 : 1;
+    if (c->GetParallelProjection() == parallel)
+        return;
+    // Turned parallel, the focal plane keeps the size the view angle gave it; turned
+    // perspective, the camera's distance says it all.
+    if (parallel)
+        c->SetParallelScale(c->GetDistance() *
+                            std::tan(vtkMath::RadiansFromDegrees(c->GetViewAngle() / 2)));
+    c->SetParallelProjection(parallel);
 }
 
 void GTarvoModelSet::Impl::camera_moved(ViewEntry& entry) {

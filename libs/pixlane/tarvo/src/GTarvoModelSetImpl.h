@@ -73,7 +73,7 @@ struct Piece {
 // whether the views must draw again.
 struct Look {
     int mode = 0;
-    bool mesh_on = true, geometry_on = true;
+    bool mesh_on = true, geometry_on = true, perspective = false;
     std::map<PieceKey, std::pair<bool, std::vector<Rgb>>> pieces; // visible, member colours
     bool operator==(const Look&) const = default;
 };
@@ -228,6 +228,8 @@ struct GTarvoModelSet::Impl {
 
     // A view command moved the kernel's camera: every view takes it, each at its next render.
     void follow_camera(ViewEntry& entry);
+    // The kernel's projection switch, applied to the view's camera at each render.
+    void follow_projection(ViewEntry& entry);
     void camera_moved(ViewEntry& entry);
 
     // ---- Picking and hover (GTarvoModelSetPick.cpp) --------------------------------------

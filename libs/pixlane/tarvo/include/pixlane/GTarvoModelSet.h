@@ -35,6 +35,8 @@ class GView;
 // Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
 // a view command (view at/from/up, view reset) moves every bound view's camera at its next render,
 // and a camera moved by input or reset_camera is written back to the kernel.
+// The projection follows the kernel's perspective switch (parallel while it is off, the
+// default), applied at each render; turned parallel, the focal plane keeps its size.
 //
 // Picking. Every cell drawn knows the entity it belongs to, so a pixel or an outline maps back to
 // kernel entities. A click picks the front-most geometry under the cursor (vertices and curves
