@@ -337,16 +337,41 @@ TEST_F(FeTest, ResultFileTimesAndVariables) {
         EXPECT_TRUE(TI::get_all_exodus_times(file).empty()) << file;
 }
 
-// The copy settings are stored and read back (copy itself does not act on them yet).
-TEST_F(FeTest, CopySettings) {
+// The copy settings decide what a geometry copy does to the containers of what it copies: the
+// copies join the original's block (use_original), get a nodeset of their own (on), or stay out
+// of the sidesets (off); one undo takes back copy and containers.
+TEST_F(FeTest, CopySettingsDecideTheContainersOfCopies) {
     EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "OFF");
+    run("create box 10");
+    run("block 1 add volume 1");
+    run("block 1 element type hex20");
+    run("nodeset 3 add surface 1");
+    run("sideset 1 add surface 1 wrt volume 1");
     run("set copy block on geometry copy use_original");
-    run("set copy sideset on geometry copy on");
+    run("set copy nodeset on geometry copy on");
     EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "USE_ORIGINAL");
-    EXPECT_EQ(TI::get_copy_sideset_on_geometry_copy_setting(), "ON");
-    EXPECT_EQ(TI::get_copy_nodeset_on_geometry_copy_setting(), "OFF");
+    EXPECT_EQ(TI::get_copy_nodeset_on_geometry_copy_setting(), "ON");
+    EXPECT_EQ(TI::get_copy_sideset_on_geometry_copy_setting(), "OFF");
     EXPECT_NE(rejected("set copy nodeset on geometry copy maybe").find("use_original"),
               std::string::npos);
+    const std::string before = dump();
+
+    run("copy volume 1 move 20 0 0");
+    EXPECT_EQ(TI::get_block_volumes(1), (std::vector<int>{1, 2}));
+    EXPECT_EQ(TI::get_block_element_type(1), "HEX20");
+    EXPECT_EQ(TI::get_nodeset_id_list(), (std::vector<int>{3, 4}));
+    const std::vector<int> copied_surface = TI::get_nodeset_surfaces(4);
+    ASSERT_EQ(copied_surface.size(), 1u);
+    // The copy's surface is the one 20 along x from surface 1, not any other of the copy's.
+    const auto centre = [](int s) { return TI::get_surface_centroid(s); };
+    EXPECT_NEAR(centre(copied_surface[0])[0], centre(1)[0] + 20, 1e-9);
+    EXPECT_NEAR(centre(copied_surface[0])[1], centre(1)[1], 1e-9);
+    EXPECT_NEAR(centre(copied_surface[0])[2], centre(1)[2], 1e-9);
+    EXPECT_EQ(TI::get_nodeset_surfaces(3), (std::vector<int>{1}));
+    EXPECT_EQ(TI::get_sideset_id_list(), (std::vector<int>{1}));
+
+    run("undo");
+    EXPECT_EQ(dump(), before);
     run("reset");
     EXPECT_EQ(TI::get_copy_block_on_geometry_copy_setting(), "OFF");
 }

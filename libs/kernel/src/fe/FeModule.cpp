@@ -827,6 +827,10 @@ void init_fe_module() {
             if (fe::g_module)
                 fe::g_module->sync_mid_nodes();
         });
+    set_copy_listener([](const std::vector<CopiedEntity>& copied) {
+        if (fe::g_module)
+            fe::g_module->follow_copy(copied);
+    });
     set_group_maker([](const std::string& type, const std::vector<int>& ids) {
         const int group = TarvoInterface::create_new_group();
         if (group > 0)
@@ -839,6 +843,7 @@ void shutdown_fe_module() {
     if (!fe::g_module)
         return;
     set_group_maker(nullptr);
+    set_copy_listener(nullptr);
     if (mesh::MeshModule* m = mesh::mesh_module())
         m->set_after_command(nullptr);
     delete fe::g_watcher; // unregisters it

@@ -26,6 +26,7 @@
 #include "core/Command.h"
 #include "core/EntityCatalog.h"
 #include "core/Undo.h"
+#include "geometry/GeometryModule.h"
 #include "mesh/MeshDatabase.h"
 #include "mesh/MeshTypes.h"
 
@@ -192,10 +193,14 @@ public:
     // What a geometry `copy` is to do with the blocks, nodesets and sidesets of what it copies
     // (`which`: 0 block, 1 nodeset, 2 sideset): "ON" (a new container of the same kind for the
     // copies), "USE_ORIGINAL" (the copies join the original's containers) or "OFF" (the default).
-    // Kept until reset. The geometry copy does not report what each copy came from, so `copy`
-    // does not act on them yet: they are settings a client can set and read back.
+    // Kept until reset.
     const std::string& copy_setting(int which) const { return copy_settings_.at(which); }
     bool set_copy_setting(int which, const std::string& value);
+    // Acts on the settings after a geometry `copy` (FeFollow.cpp): a container that holds a copied
+    // entity gets its copy (USE_ORIGINAL), or a new container of the next free id, with the
+    // original's element type, attributes and description, gets the copies (ON). Only geometry
+    // members follow: the copy has no mesh.
+    void follow_copy(const std::vector<CopiedEntity>& copied);
 
     // Writes the mesh in `format` through a temporary file beside `path`, renamed at the end
     // (MeshExport.cpp).

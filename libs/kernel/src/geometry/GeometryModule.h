@@ -111,6 +111,19 @@ void shutdown_geometry_module();
 void register_geometry_commands();
 void register_geometry_file_section(); // GeometryFile.cpp
 
+// What one `copy` made: each copied entity (volume, surface, curve or vertex; its original id)
+// and the id of its copy.
+struct CopiedEntity {
+    GeomKind kind;
+    int from;
+    int to;
+};
+// The modules above geometry give copies what their originals had (fe: blocks and sets). The
+// listener runs at the end of every successful `copy`, inside its command (so one undo takes
+// back both); the fe module installs it at its start and clears it at its end.
+using CopyListener = std::function<void(const std::vector<CopiedEntity>&)>;
+void set_copy_listener(CopyListener listener);
+
 // Runs `body`, turning any exception into one error line naming `what`; false on failure.
 bool guarded(const char* what, const std::function<bool()>& body);
 

@@ -11,6 +11,7 @@
 #include <gp_Trsf.hxx>
 
 #include <cmath>
+#include <map>
 
 namespace tarvo::kernel {
 
@@ -109,6 +110,14 @@ bool GeometryModule::reflect(const std::vector<EntityKey>& list, const gp_Dir& n
     });
 }
 
+namespace {
+CopyListener copy_listener;
+} // namespace
+
+void set_copy_listener(CopyListener listener) {
+    copy_listener = std::move(listener);
+}
+
 bool GeometryModule::copy(const std::vector<EntityKey>& list, const std::optional<gp_Vec>& move) {
     return guarded("copy", [&] {
         std::vector<int> bodies;
@@ -116,8 +125,10 @@ bool GeometryModule::copy(const std::vector<EntityKey>& list, const std::optiona
             return false;
         Transaction tx(model_);
         std::vector<int> made;
+        std::vector<CopiedEntity> copied;
         for (int bid : bodies) {
-            BRepBuilderAPI_Copy copier(model_.body(bid)->shape);
+            const BodyPtr original = model_.body(bid);
+            BRepBuilderAPI_Copy copier(original->shape);
             TopoDS_Shape shape = copier.Shape();
             if (move) {
                 gp_Trsf t;
@@ -125,9 +136,23 @@ bool GeometryModule::copy(const std::vector<EntityKey>& list, const std::optiona
                 shape = BRepBuilderAPI_Transform(shape, t, false).Shape();
             }
             int id = add_new_body(model_, shape);
-            for (int v : volume_ids(*model_.body(id)))
+            const BodyPtr body = model_.body(id);
+            // The move only locates the copy, so each copied entity is the copier's image of its
+            // original up to location.
+            for (GeomKind kind :
+                 {GeomKind::Volume, GeomKind::Surface, GeomKind::Curve, GeomKind::Vertex}) {
+                std::map<const TopoDS_TShape*, int> copies;
+                for (const IdShape& e : body->of(kind))
+                    copies.emplace(e.shape.TShape().get(), e.id);
+                for (const IdShape& e : original->of(kind)) {
+                    const auto found = copies.find(copier.ModifiedShape(e.shape).TShape().get());
+                    if (found != copies.end())
+                        copied.push_back({kind, e.id, found->second});
+                }
+            }
+            for (int v : volume_ids(*body))
                 made.push_back(v);
-            if (model_.body(id)->volumes.empty())
+            if (body->volumes.empty())
                 made.push_back(-id);
         }
         tx.commit();
@@ -137,6 +162,8 @@ bool GeometryModule::copy(const std::vector<EntityKey>& list, const std::optiona
                 vols.push_back(v);
         print("Copied " + describe("body", bodies) +
               (vols.empty() ? std::string() : ": created " + describe("volume", vols)));
+        if (copy_listener)
+            copy_listener(copied);
         return true;
     });
 }
