@@ -18,7 +18,11 @@
 #include <gmsh.h>
 #include <vtkCell.h>
 #include <vtkCellType.h>
+#include <vtkCompositeDataIterator.h>
+#include <vtkCompositeDataSet.h>
+#include <vtkExodusIIReader.h>
 #include <vtkNew.h>
+#include <vtkSmartPointer.h>
 #include <vtkUnstructuredGrid.h>
 #include <vtkXMLUnstructuredGridReader.h>
 
@@ -353,6 +357,80 @@ TEST_F(HigherOrderTest, NeighbouringBlocksShareMidNodes) {
     EXPECT_EQ(TI::get_node_count(), 12 + 20); // 12 edges each, 4 shared
     run("delete mesh volume 2");
     EXPECT_EQ(TI::get_node_count(), 12 + 12);
+}
+
+// The surface and curve types, on the flat faces and straight edges of a box, read back by VTK's
+// Exodus reader, which turns each Exodus type into its VTK cell by its own knowledge of the
+// Exodus node order: every quadratic edge then has its middle node halfway between its ends
+// (and a nine-node quad its centre node at the mean of its corners), or the order is wrong.
+TEST_F(HigherOrderTest, SurfaceAndCurveTypesInTheExodusOrderVtkReads) {
+    const struct {
+        const char* type;
+        const char* mesh; // the commands after `create box 2`
+        const char* block;
+        int vtk_cell;
+    } cases[] = {
+        {"QUAD8", "mesh surface 1", "surface 1", VTK_QUADRATIC_QUAD},
+        {"QUAD9", "mesh surface 1", "surface 1", VTK_BIQUADRATIC_QUAD},
+        {"SHELL8", "mesh surface 1", "surface 1", VTK_QUADRATIC_QUAD},
+        // Not SHELL9: it shares QUAD9's order, and VTK's reader makes eight-node quads of
+        // nine-node shells, whose edges then come out wrong.
+        {"TRI6", "surface 1 scheme trimesh\nmesh surface 1", "surface 1", VTK_QUADRATIC_TRIANGLE},
+        {"TRISHELL6", "surface 1 scheme trimesh\nmesh surface 1", "surface 1",
+         VTK_QUADRATIC_TRIANGLE},
+        {"BAR3", "mesh curve 1", "curve 1", VTK_QUADRATIC_EDGE},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.type);
+        run("reset");
+        run("create box 2");
+        run("volume 1 interval 2");
+        std::stringstream lines(c.mesh);
+        for (std::string line; std::getline(lines, line);)
+            run(line);
+        run(std::string("block 1 add ") + c.block);
+        run(std::string("block 1 element type ") + c.type);
+        run("export mesh 'flat.e' overwrite");
+
+        vtkNew<vtkExodusIIReader> reader;
+        reader->SetFileName("flat.e");
+        reader->UpdateInformation();
+        reader->SetAllArrayStatus(vtkExodusIIReader::ELEM_BLOCK, 1);
+        reader->Update();
+        auto* tree = vtkCompositeDataSet::SafeDownCast(reader->GetOutputDataObject(0));
+        ASSERT_TRUE(tree);
+        vtkSmartPointer<vtkCompositeDataIterator> it;
+        it.TakeReference(tree->NewIterator());
+        int cells = 0;
+        double worst = 0;
+        for (it->InitTraversal(); !it->IsDoneWithTraversal(); it->GoToNextItem()) {
+            auto* grid = vtkUnstructuredGrid::SafeDownCast(it->GetCurrentDataObject());
+            ASSERT_TRUE(grid);
+            for (vtkIdType id = 0; id < grid->GetNumberOfCells(); ++id, ++cells) {
+                vtkCell* cell = grid->GetCell(id);
+                ASSERT_EQ(cell->GetCellType(), c.vtk_cell);
+                const auto at = [&](vtkCell* from, int k) {
+                    P p;
+                    grid->GetPoint(from->GetPointId(k), p.data());
+                    return p;
+                };
+                std::vector<vtkCell*> edges;
+                for (int k = 0; k < cell->GetNumberOfEdges(); ++k)
+                    edges.push_back(cell->GetEdge(k));
+                if (edges.empty())
+                    edges.push_back(cell); // a quadratic edge is its own edge
+                for (vtkCell* edge : edges) {
+                    ASSERT_EQ(edge->GetNumberOfPoints(), 3);
+                    worst = std::max(worst, miss(at(edge, 2), {at(edge, 0), at(edge, 1)}));
+                }
+                if (c.vtk_cell == VTK_BIQUADRATIC_QUAD)
+                    worst = std::max(worst, miss(at(cell, 8), {at(cell, 0), at(cell, 1),
+                                                               at(cell, 2), at(cell, 3)}));
+            }
+        }
+        EXPECT_GT(cells, 0);
+        EXPECT_LT(worst, 1e-6); // a wrong order misses by half an element (0.25 here)
+    }
 }
 
 } // namespace

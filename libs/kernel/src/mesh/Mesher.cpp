@@ -70,19 +70,6 @@ std::optional<ElemKind> kind_of_gmsh(int type) {
     }
 }
 
-int gmsh_type_of(ElemKind kind) {
-    switch (kind) {
-    case ElemKind::Edge:
-        return kGmshLine;
-    case ElemKind::Tri:
-        return kGmshTri;
-    case ElemKind::Quad:
-        return kGmshQuad;
-    default:
-        return 0;
-    }
-}
-
 std::string plural(int n, const std::string& word) {
     return std::to_string(n) + " " + word + (n == 1 ? "" : word.ends_with('x') ? "es" : "s");
 }
