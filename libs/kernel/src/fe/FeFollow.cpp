@@ -4,6 +4,7 @@
 // copy settings say.
 
 #include "core/Session.h"
+#include "fe/FeInternal.h"
 #include "fe/FeModule.h"
 #include "mesh/MeshModule.h"
 #include "tarvo/TIObserve.h"
@@ -13,6 +14,8 @@
 #include <type_traits>
 
 namespace tarvo::kernel::fe {
+
+using namespace internal;
 
 void FeModule::follow_geometry(int dim, int old_id, int new_id) {
     const auto map = [&](int d, int id) { return d == dim && id == old_id ? new_id : id; };
@@ -65,10 +68,6 @@ void FeModule::follow_geometry(int dim, int old_id, int new_id) {
 }
 
 namespace {
-
-void emit_modified(const std::string& type, int id, const std::string& action) {
-    events().emit(&TarvoInterface::TIObserve::notify_genesis_entity_modified, type, id, action);
-}
 
 // The copies of `members` that copying made, in the members' order.
 std::vector<Member> copies_of(const std::vector<Member>& members,
