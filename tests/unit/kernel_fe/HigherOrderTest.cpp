@@ -359,11 +359,11 @@ TEST_F(HigherOrderTest, NeighbouringBlocksShareMidNodes) {
     EXPECT_EQ(TI::get_node_count(), 12 + 12);
 }
 
-// The surface and curve types, on the flat faces and straight edges of a box, read back by VTK's
-// Exodus reader, which turns each Exodus type into its VTK cell by its own knowledge of the
+// The wedge, surface and curve types, on the flat faces and straight edges of a box, read back by
+// VTK's Exodus reader, which turns each Exodus type into its VTK cell by its own knowledge of the
 // Exodus node order: every quadratic edge then has its middle node halfway between its ends
 // (and a nine-node quad its centre node at the mean of its corners), or the order is wrong.
-TEST_F(HigherOrderTest, SurfaceAndCurveTypesInTheExodusOrderVtkReads) {
+TEST_F(HigherOrderTest, WedgeSurfaceAndCurveTypesInTheExodusOrderVtkReads) {
     const struct {
         const char* type;
         const char* mesh; // the commands after `create box 2`
@@ -379,6 +379,10 @@ TEST_F(HigherOrderTest, SurfaceAndCurveTypesInTheExodusOrderVtkReads) {
         {"TRISHELL6", "surface 1 scheme trimesh\nmesh surface 1", "surface 1",
          VTK_QUADRATIC_TRIANGLE},
         {"BAR3", "mesh curve 1", "curve 1", VTK_QUADRATIC_EDGE},
+        {"WEDGE15",
+         "surface 1 scheme trimesh\nvolume 1 scheme sweep source surface 1 target surface 2\n"
+         "mesh volume 1",
+         "volume 1", VTK_QUADRATIC_WEDGE},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.type);
