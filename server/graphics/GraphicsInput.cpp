@@ -85,10 +85,8 @@ std::optional<GraphicsCall> on_view(ServerGraphicsManager* manager, int32_t id, 
 template <bool Press>
 std::optional<GraphicsCall> parse_key(const QJsonObject& params, ServerGraphicsManager* manager,
                                       ClientConnection*) {
-    if (!has_all(params,
-                 {"view_id", "key", "key_text", "shift_pressed", "control_pressed", "count"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(
+        params, {"view_id", "key", "key_text", "shift_pressed", "control_pressed", "count"});
     if (!id)
         return std::nullopt;
     // A member of the wrong type keeps what it had; the event goes ahead.
@@ -111,10 +109,8 @@ std::optional<GraphicsCall> parse_key(const QJsonObject& params, ServerGraphicsM
 template <bool Press>
 std::optional<GraphicsCall> parse_button(const QJsonObject& params, ServerGraphicsManager* manager,
                                          ClientConnection*) {
-    if (!has_all(params,
-                 {"view_id", "button", "mouse_x", "mouse_y", "control_pressed", "shift_pressed"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(
+        params, {"view_id", "button", "mouse_x", "mouse_y", "control_pressed", "shift_pressed"});
     if (!id)
         return std::nullopt;
     std::string button;
@@ -139,9 +135,7 @@ std::optional<GraphicsCall> parse_button(const QJsonObject& params, ServerGraphi
 
 std::optional<GraphicsCall> parse_move(const QJsonObject& params, ServerGraphicsManager* manager,
                                        ClientConnection*) {
-    if (!has_all(params, {"view_id", "mouse_x", "mouse_y"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(params, {"view_id", "mouse_x", "mouse_y"});
     if (!id)
         return std::nullopt;
     int32_t x = 0;
@@ -154,10 +148,8 @@ std::optional<GraphicsCall> parse_move(const QJsonObject& params, ServerGraphics
 
 std::optional<GraphicsCall> parse_wheel(const QJsonObject& params, ServerGraphicsManager* manager,
                                         ClientConnection*) {
-    if (!has_all(params,
-                 {"view_id", "delta", "mouse_x", "mouse_y", "shift_pressed", "control_pressed"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(
+        params, {"view_id", "delta", "mouse_x", "mouse_y", "shift_pressed", "control_pressed"});
     if (!id)
         return std::nullopt;
     int32_t delta = 0;
@@ -189,9 +181,7 @@ std::optional<GraphicsCall> parse_enter_leave(const QJsonObject& params,
 
 std::optional<GraphicsCall> parse_double_click(const QJsonObject& params,
                                                ServerGraphicsManager* manager, ClientConnection*) {
-    if (!has_all(params, {"view_id", "mouse_x", "mouse_y"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(params, {"view_id", "mouse_x", "mouse_y"});
     if (!id)
         return std::nullopt;
     int32_t x = 0;
@@ -238,7 +228,7 @@ bool setting_on(const QJsonObject& params) {
 
 std::optional<GraphicsCall> parse_pick_filter(const QJsonObject& params,
                                               ServerGraphicsManager* manager, ClientConnection*) {
-    if (!has_all(params, {"view_id", "filter", "setting"}) || !int_member(params, "view_id"))
+    if (!view_id_of(params, {"view_id", "filter", "setting"}))
         return std::nullopt;
     std::string filter;
     read_string(params, "filter", filter);
@@ -261,7 +251,7 @@ std::optional<GraphicsCall> parse_pick_filter(const QJsonObject& params,
 
 std::optional<GraphicsCall> parse_occluded(const QJsonObject& params,
                                            ServerGraphicsManager* manager, ClientConnection*) {
-    if (!has_all(params, {"view_id", "setting"}) || !int_member(params, "view_id"))
+    if (!view_id_of(params, {"view_id", "setting"}))
         return std::nullopt;
     const bool on = setting_on(params);
     return [=]() -> QJsonValue {

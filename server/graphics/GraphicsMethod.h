@@ -32,6 +32,10 @@ void read_bool(const QJsonObject& params, const char* key, bool& out);
 // Only a JSON string changes `out`.
 void read_string(const QJsonObject& params, const char* key, std::string& out);
 bool has_all(const QJsonObject& params, std::initializer_list<const char*> keys);
+// The integral `view_id` member, when every one of `keys` (view_id among them) is present;
+// nothing otherwise: the request is then refused as having invalid parameters.
+std::optional<int32_t> view_id_of(const QJsonObject& params,
+                                  std::initializer_list<const char*> keys);
 // The view of that id, or null (also without a manager).
 ServerGraphicsView* find_view(ServerGraphicsManager* manager, int32_t view_id);
 

@@ -53,6 +53,13 @@ bool has_all(const QJsonObject& params, std::initializer_list<const char*> keys)
     return true;
 }
 
+std::optional<int32_t> view_id_of(const QJsonObject& params,
+                                  std::initializer_list<const char*> keys) {
+    if (!has_all(params, keys))
+        return std::nullopt;
+    return int_member(params, "view_id");
+}
+
 ServerGraphicsView* find_view(ServerGraphicsManager* manager, int32_t view_id) {
     return manager == nullptr ? nullptr : manager->find(view_id);
 }
@@ -119,9 +126,7 @@ std::optional<GraphicsCall> parse_destroy_view(const QJsonObject& params,
 
 std::optional<GraphicsCall> parse_resize(const QJsonObject& params, ServerGraphicsManager* manager,
                                          ClientConnection*) {
-    if (!has_all(params, {"view_id", "width", "height"}))
-        return std::nullopt;
-    const std::optional<int32_t> id = int_member(params, "view_id");
+    const std::optional<int32_t> id = view_id_of(params, {"view_id", "width", "height"});
     if (!id)
         return std::nullopt;
     // A width or height that isn't an integer isn't refused; the factory takes what is below
