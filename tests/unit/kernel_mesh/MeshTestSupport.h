@@ -4,9 +4,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -29,25 +27,14 @@ inline double tet_volume(const Point& a, const Point& b, const Point& c, const P
            6.0;
 }
 
-class MeshTest : public ::testing::Test {
+class MeshTest : public test_support::KernelTest {
 protected:
+    MeshTest() : KernelTest("mesh", {"mesh_created"}) {}
     void SetUp() override {
-        ASSERT_TRUE(session.start("mesh", output));
-        recorder.register_observer();
-        TarvoInterface::silent_cmd("echo off");
+        KernelTest::SetUp();
         output->take();
         recorder.events.clear();
     }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-
-    void run(const std::string& line) {
-        ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-    // Runs a command that must fail with one error; answers the error text.
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
 
 public:
     static Point node(int id) { return TarvoInterface::get_nodal_coordinates(id); }
@@ -66,12 +53,6 @@ public:
         }
         return out;
     }
-
-protected:
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::EventRecorder recorder{{"mesh_created"}};
-    test_support::ScratchSession session;
 };
 
 } // namespace mesh_test
