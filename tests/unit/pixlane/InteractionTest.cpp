@@ -98,6 +98,21 @@ protected:
         view->invoke_mouse_release(to[0], to[1], 0, button);
     }
     void click(PXUtil::Button button, std::array<int, 2> at) { drag(button, at, at); }
+    // Red, green, blue of the pixel under an input position, after a render.
+    std::array<int, 3> colour_at(std::array<int, 2> at) {
+        view->render();
+        std::vector<unsigned char> image(kWidth * kHeight * 4);
+        EXPECT_TRUE(view->get_rgba_pixels(kWidth, kHeight, image.data()));
+        const std::size_t row = static_cast<std::size_t>(kHeight - 1 - at[1]);
+        const unsigned char* p = &image[(row * kWidth + static_cast<std::size_t>(at[0])) * 4];
+        return {p[2], p[1], p[0]};
+    }
+    static bool near(const std::array<int, 3>& c, const double (&want)[3]) {
+        for (int i = 0; i < 3; ++i)
+            if (std::abs(c[i] - want[i] * 255) > 8)
+                return false;
+        return true;
+    }
 
     ServerWindowFactory factory;
     std::shared_ptr<GView> view = std::make_shared<GView>();
@@ -227,27 +242,15 @@ TEST_F(Interaction, HoverDrawsWhatAClickWouldPickInThisViewOnly) {
     run("color volume 1 rgb 1 1 1");
     run("pick type surface");
     look_down_z(2);
-    const auto centre_colour = [&] {
-        view->render();
-        std::vector<unsigned char> image(kWidth * kHeight * 4);
-        EXPECT_TRUE(view->get_rgba_pixels(kWidth, kHeight, image.data()));
-        const unsigned char* p = &image[(static_cast<std::size_t>(kHeight / 2) * kWidth + 70) * 4];
-        return std::array<int, 3>{p[2], p[1], p[0]};
-    };
-    const auto near = [](const std::array<int, 3>& c, const double(&want)[3]) {
-        for (int i = 0; i < 3; ++i)
-            if (std::abs(c[i] - want[i] * 255) > 8)
-                return false;
-        return true;
-    };
+    const std::array<int, 2> centre{70, kHeight / 2};
     const double white[3] = {1, 1, 1};
-    EXPECT_TRUE(near(centre_colour(), white));
-    view->invoke_mouse_move(70, kHeight / 2, 0);
-    EXPECT_TRUE(near(centre_colour(), GTarvoModelSet::kPreselect));
+    EXPECT_TRUE(near(colour_at(centre), white));
+    view->invoke_mouse_move(centre[0], centre[1], 0);
+    EXPECT_TRUE(near(colour_at(centre), GTarvoModelSet::kPreselect));
     EXPECT_TRUE(selection().empty());
     EXPECT_TRUE(highlights.added.empty());
     view->invoke_leave();
-    EXPECT_TRUE(near(centre_colour(), white));
+    EXPECT_TRUE(near(colour_at(centre), white));
 }
 
 TEST_F(Interaction, OccludedPickingReachesBehindTheFrontFace) {
@@ -272,6 +275,99 @@ TEST_F(Interaction, OccludedPickingReachesBehindTheFrontFace) {
             occluded ? std::vector<Entity>{{"vertex", corner}} : std::vector<Entity>{};
         EXPECT_EQ(selection(), expected);
     }
+}
+
+// A 2 x 2 x 2 hex mesh of the box seen from +z, mesh shown: clicks land on the mesh entities
+// under the cursor (and the surface, through the mesh face drawn over it), hover and selection
+// draw them, and a box takes the nodes and elements wholly inside.
+TEST_F(Interaction, MeshEntitiesArePickedDrawnAndBoxed) {
+    run("create box 2");
+    run("volume 1 interval 2");
+    run("mesh volume 1");
+    run("color volume 1 rgb 1 1 1");
+    look_down_z(2);
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::Select, PXUtil::Left, 0);
+    const auto centre_of = [](const Entity& e) {
+        const std::vector<int> nodes = e.first == "node" ? std::vector<int>{e.second}
+                                                         : TI::get_connectivity(e.first, e.second);
+        Vec sum{0, 0, 0};
+        for (int node : nodes)
+            for (int i = 0; i < 3; ++i)
+                sum[i] += TI::get_nodal_coordinates(node)[i] / static_cast<double>(nodes.size());
+        return sum;
+    };
+    const auto centre_near = [&](const Entity& e, const Vec& want) {
+        const Vec c = centre_of(e);
+        return std::abs(c[0] - want[0]) + std::abs(c[1] - want[1]) + std::abs(c[2] - want[2]) <
+               1e-9;
+    };
+
+    struct Row {
+        const char* pick_type;
+        std::array<double, 2> at;
+        const char* type;
+        Vec centre;
+    };
+    const std::vector<Row> rows = {
+        {"hex", {0.5, 0.5}, "hex", {0.5, 0.5, 0.5}},
+        {"quad", {-0.5, 0.5}, "quad", {-0.5, 0.5, 1}},
+        {"face", {0.5, -0.5}, "quad", {0.5, -0.5, 1}},
+        {"node", {0.03, 0.02}, "node", {0, 0, 1}},
+        {"edge", {0.98, 0.5}, "edge", {1, 0.5, 1}},
+        // The geometry's faces give way to the mesh drawn over them, which still leads to them.
+        {"surface", {0.5, 0.5}, "surface", {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.pick_type);
+        run(std::string("pick type ") + row.pick_type);
+        run("select none");
+        click(PXUtil::Left, input_of(row.at[0], row.at[1], 2));
+        const std::vector<Entity> got = selection();
+        ASSERT_EQ(got.size(), 1u);
+        EXPECT_EQ(got[0].first, row.type);
+        if (got[0].first == "surface")
+            EXPECT_NEAR(TI::get_surface_centroid(got[0].second)[2], 1.0, 1e-9);
+        else
+            EXPECT_TRUE(centre_near(got[0], row.centre)) << got[0].first << " " << got[0].second;
+    }
+
+    // A selected hex is drawn in the highlight colour, its neighbour is not; hover draws the hex
+    // a click would pick.
+    run("pick type hex");
+    run("select none");
+    const auto inside_hex = input_of(0.5, 0.5, 2), other_hex = input_of(-0.5, -0.5, 2);
+    click(PXUtil::Left, inside_hex);
+    EXPECT_TRUE(near(colour_at(inside_hex), GTarvoModelSet::kHighlight));
+    EXPECT_FALSE(near(colour_at(other_hex), GTarvoModelSet::kHighlight));
+    view->invoke_mouse_move(other_hex[0], other_hex[1], 0);
+    EXPECT_TRUE(near(colour_at(other_hex), GTarvoModelSet::kPreselect));
+    view->invoke_leave();
+    run("select none");
+    EXPECT_FALSE(near(colour_at(inside_hex), GTarvoModelSet::kHighlight));
+
+    // The box covers the half x > 0.3: the nine nodes at x = 1 (hidden ones too), and no hex.
+    GInteractorStyleBase::assign_mouse_function(false, PXUtil::SelectBox, PXUtil::Left, 0);
+    for (const char* type : {"node", "hex"}) {
+        SCOPED_TRACE(type);
+        run(std::string("pick type ") + type);
+        run("select none");
+        drag(PXUtil::Left, input_of(0.3, 1.3, 2), input_of(1.3, -1.3, 2));
+        const std::vector<Entity> got = selection();
+        if (std::string(type) == "hex") {
+            EXPECT_TRUE(got.empty());
+            continue;
+        }
+        ASSERT_EQ(got.size(), 9u);
+        for (const Entity& e : got)
+            EXPECT_NEAR(centre_of(e)[0], 1.0, 1e-9);
+    }
+    // Over the half x < 0.2 the four hexes there are wholly inside.
+    run("select none");
+    drag(PXUtil::Left, input_of(-1.3, 1.3, 2), input_of(0.2, -1.3, 2));
+    const std::vector<Entity> hexes = selection();
+    ASSERT_EQ(hexes.size(), 4u);
+    for (const Entity& e : hexes)
+        EXPECT_NEAR(centre_of(e)[0], -0.5, 1e-9);
 }
 
 } // namespace

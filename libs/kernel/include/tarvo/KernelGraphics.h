@@ -37,12 +37,38 @@ long tessellated_bodies();
 // surface (its tris and quads). `faces` holds, per face, its corner count then its node indices;
 // `edges` two node indices per distinct element edge of those faces. False when the entity has
 // no mesh of that dimension.
+// `nodes` holds the kernel's id of each point, so that a drawn cell leads back to the mesh.
 struct MeshDrawing {
     std::vector<float> xyz;
     std::vector<int> faces;
     std::vector<int> edges;
+    std::vector<int> nodes;
 };
 bool mesh_outer_faces(const std::string& type, int id, MeshDrawing& out);
+
+using MeshEntity = std::pair<std::string, int>;
+
+// The mesh entities a drawn mesh cell stands for, given the kernel ids of its corners: for a face,
+// the tri or quad with exactly those corners, the surface that owns it, and the element of
+// which it is a side (of the volume `volume_id`, 0: any); for two nodes, the curve's edge
+// element between them. Finest first; what does not exist is left out.
+std::vector<MeshEntity> mesh_entities_under(const std::vector<int>& corners, int volume_id);
+
+// How one mesh entity (a node or an element of any kind) is drawn: an element's sides as faces
+// (an edge element as one edge), a node as a point with no face or edge. False when it does
+// not exist.
+bool mesh_entity_drawing(const std::string& type, int id, MeshDrawing& out);
+
+// Every entity of `type` (node or an element kind) of the volume's or surface's mesh and its
+// boundary's, with its corner positions: `corners[i]` is the first index into `xyz` / 3 of entity
+// `ids[i]`, up to the next one. False when the entity has no mesh or the type is no mesh type.
+struct MeshEntityCorners {
+    std::vector<int> ids;
+    std::vector<int> corners;
+    std::vector<float> xyz;
+};
+bool mesh_entity_corners(const std::string& owner_type, int owner_id, const std::string& type,
+                         MeshEntityCorners& out);
 // Identifies the mesh of a volume or surface: changes whenever that mesh is replaced or deleted,
 // 0 when it has none. Meshes have no delete event, so views compare this after each command.
 std::uintptr_t mesh_stamp(const std::string& type, int id);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <unordered_map>
 
@@ -43,23 +44,27 @@ public:
         out_.faces.push_back(static_cast<int>(nodes.size()));
         for (std::size_t i = 0; i < nodes.size(); ++i) {
             out_.faces.push_back(local(nodes[i]));
-            const int a = nodes[i], b = nodes[(i + 1) % nodes.size()];
-            if (edges_.insert({std::min(a, b), std::max(a, b)}).second)
-                out_.edges.insert(out_.edges.end(), {local(a), local(b)});
+            edge(nodes[i], nodes[(i + 1) % nodes.size()]);
         }
     }
 
-private:
+    void edge(int a, int b) {
+        if (edges_.insert({std::min(a, b), std::max(a, b)}).second)
+            out_.edges.insert(out_.edges.end(), {local(a), local(b)});
+    }
+
     int local(int node) {
         const auto [it, added] = index_.try_emplace(node, static_cast<int>(index_.size()));
         if (added) {
             const auto* p = lookup_(node);
             for (int c = 0; c < 3; ++c)
                 out_.xyz.push_back(p ? static_cast<float>((*p)[c]) : 0.0f);
+            out_.nodes.push_back(node);
         }
         return it->second;
     }
 
+private:
     MeshDrawing& out_;
     kernel::mesh::NodeLookup lookup_;
     std::unordered_map<int, int> index_;
@@ -121,6 +126,143 @@ bool mesh_outer_faces(const std::string& type, int id, MeshDrawing& out) {
         if (drawing.faces.empty())
             return false;
         out = std::move(drawing);
+        return true;
+    });
+}
+
+std::vector<MeshEntity> mesh_entities_under(const std::vector<int>& corners, int volume_id) {
+    return kernel::guarded("mesh_entities_under", std::vector<MeshEntity>{}, [&] {
+        std::vector<MeshEntity> out;
+        auto* module = kernel::mesh::mesh_module();
+        if (!module || corners.size() < 2)
+            return out;
+        std::vector<int> key = corners;
+        std::sort(key.begin(), key.end());
+        const auto matches = [&](const int* nodes, const std::vector<int>& local) {
+            if (local.size() != key.size())
+                return false;
+            std::vector<int> sorted;
+            for (int k : local)
+                sorted.push_back(nodes[k]);
+            std::sort(sorted.begin(), sorted.end());
+            return sorted == key;
+        };
+        // Found by a scan: a pick is one cell, and a scan costs less than an index kept up to date
+        // for every mesh.
+        const auto scan = [&](int dim, auto&& sides) {
+            for (const auto& [owner, piece] : module->state().pieces()) {
+                if (owner.dim != dim || (dim == 3 && volume_id != 0 && owner.id != volume_id))
+                    continue;
+                for (const auto& block : piece->blocks) {
+                    const auto& info = kernel::mesh::info(block.kind);
+                    if (info.dim != dim)
+                        continue;
+                    for (int e = 0; e < block.count(); ++e)
+                        for (const std::vector<int>& side : sides(block.kind))
+                            if (matches(block.conn.data() + e * info.nodes, side)) {
+                                out.push_back({std::string(info.word), block.first_id + e});
+                                return owner.id;
+                            }
+                }
+            }
+            return 0;
+        };
+        const auto whole = [](ElemKind kind) {
+            std::vector<int> all(static_cast<std::size_t>(kernel::mesh::info(kind).nodes));
+            for (std::size_t k = 0; k < all.size(); ++k)
+                all[k] = static_cast<int>(k);
+            return std::vector<std::vector<int>>{all};
+        };
+        if (key.size() == 2) {
+            scan(1, whole);
+            return out;
+        }
+        const int surface = scan(2, whole);
+        scan(3, [](ElemKind kind) { return kernel::mesh::topology(kind).faces; });
+        if (surface)
+            out.push_back({"surface", surface});
+        return out;
+    });
+}
+
+bool mesh_entity_drawing(const std::string& type, int id, MeshDrawing& out) {
+    return kernel::guarded("mesh_entity_drawing", false, [&] {
+        auto* module = kernel::mesh::mesh_module();
+        if (!module)
+            return false;
+        MeshDrawing drawing;
+        Collector collect(drawing);
+        if (type == "node") {
+            if (!module->state().find_node(id))
+                return false;
+            collect.local(id);
+        } else {
+            const auto kind = kernel::mesh::elem_kind_from_word(type);
+            const auto element = kind ? module->state().find_element(*kind, id) : std::nullopt;
+            if (!element)
+                return false;
+            const int* corners = element->nodes();
+            const auto& info = kernel::mesh::info(*kind);
+            const auto corner_list = [&](const std::vector<int>& local) {
+                std::vector<int> nodes;
+                for (int k : local)
+                    nodes.push_back(corners[k]);
+                return nodes;
+            };
+            if (info.dim == 3) {
+                for (const auto& side : kernel::mesh::topology(*kind).faces)
+                    collect.face(corner_list(side));
+            } else if (info.dim == 2) {
+                collect.face({corners, corners + info.nodes});
+            } else if (info.dim == 1) {
+                collect.edge(corners[0], corners[1]);
+            } else {
+                collect.local(corners[0]);
+            }
+        }
+        out = std::move(drawing);
+        return true;
+    });
+}
+
+bool mesh_entity_corners(const std::string& owner_type, int owner_id, const std::string& type,
+                         MeshEntityCorners& out) {
+    return kernel::guarded("mesh_entity_corners", false, [&] {
+        auto* module = kernel::mesh::mesh_module();
+        const auto owner = owner_type == "curve" ? std::optional<Owner>(Owner{1, owner_id})
+                                                 : owner_of(owner_type, owner_id);
+        const auto kind = kernel::mesh::elem_kind_from_word(type);
+        if (!module || !owner || !module->state().meshed(*owner) || (!kind && type != "node"))
+            return false;
+        MeshEntityCorners found;
+        kernel::mesh::NodeLookup lookup(module->state());
+        const auto add = [&](int node) {
+            const auto* p = lookup(node);
+            for (int c = 0; c < 3; ++c)
+                found.xyz.push_back(p ? static_cast<float>((*p)[c]) : 0.0f);
+        };
+        for (const MeshPiece* piece : module->closure(*owner)) {
+            if (!kind) {
+                for (int i = 0; i < piece->node_count(); ++i) {
+                    found.ids.push_back(piece->first_node + i);
+                    found.corners.push_back(static_cast<int>(found.xyz.size() / 3));
+                    add(piece->first_node + i);
+                }
+                continue;
+            }
+            for (const auto& block : piece->blocks) {
+                if (block.kind != *kind)
+                    continue;
+                const int n = kernel::mesh::info(block.kind).nodes;
+                for (int e = 0; e < block.count(); ++e) {
+                    found.ids.push_back(block.first_id + e);
+                    found.corners.push_back(static_cast<int>(found.xyz.size() / 3));
+                    for (int k = 0; k < n; ++k)
+                        add(block.conn[static_cast<std::size_t>(e * n + k)]);
+                }
+            }
+        }
+        out = std::move(found);
         return true;
     });
 }

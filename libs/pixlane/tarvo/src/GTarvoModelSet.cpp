@@ -218,10 +218,14 @@ void GTarvoModelSet::Impl::build_mesh(Piece& piece) {
         return;
     vtkNew<vtkPoints> points;
     vtkNew<vtkCellArray> faces, edges;
+    vtkNew<vtkIntArray> node_ids;
+    node_ids->SetName("node");
     auto face_members = member_array(), edge_members = member_array();
     const auto add = [&](const tg::MeshDrawing& d, int member) {
         const vtkIdType base = points->GetNumberOfPoints();
         append_points(points, d.xyz);
+        for (int node : d.nodes)
+            node_ids->InsertNextValue(node);
         for (std::size_t i = 0; i < d.faces.size(); i += d.faces[i] + 1) {
             faces->InsertNextCell(d.faces[i]);
             for (int k = 1; k <= d.faces[i]; ++k)
@@ -247,6 +251,10 @@ void GTarvoModelSet::Impl::build_mesh(Piece& piece) {
     }
     piece.data[kMeshFaces] = finish(points, faces, face_members, 2);
     piece.data[kMeshEdges] = finish(points, edges, edge_members, 1);
+    // The kernel's node ids lead a picked cell back to the mesh.
+    for (vtkPolyData* data : {piece.data[kMeshFaces].Get(), piece.data[kMeshEdges].Get()})
+        if (data)
+            data->GetPointData()->AddArray(node_ids);
     ++owner.mesh_rebuilds_;
 }
 
@@ -390,12 +398,14 @@ void GTarvoModelSet::Impl::update() {
     Look look = compute_look();
     apply(look, drawn);
     drawn = std::move(look);
+    build_mesh_highlights();
     dirty_pieces.clear();
     structure = all_dirty = pending = false;
 }
 
 void GTarvoModelSet::Impl::sync(ViewEntry& entry) {
     update();
+    sync_highlights(entry);
     follow_camera(entry);
     follow_projection(entry);
     vtkRenderer* renderer = entry.renderer;
@@ -586,8 +596,9 @@ void GTarvoModelSet::detach_view(GView* view) {
         if (it->view != view)
             continue;
         it->renderer->RemoveObserver(it->tag);
-        if (it->preselect_actor)
-            it->renderer->RemoveActor(it->preselect_actor);
+        for (vtkActor* overlay : {it->preselect_actor.Get(), it->highlight_actor.Get()})
+            if (overlay)
+                it->renderer->RemoveActor(overlay);
         for (auto& chunk : it->roles)
             for (auto& ra : chunk)
                 if (ra.actor)

@@ -165,6 +165,8 @@ struct GTarvoModelSet::Impl {
         long camera_generation = 0;
         std::optional<Entity> preselected;
         vtkSmartPointer<vtkActor> preselect_actor;
+        vtkSmartPointer<vtkActor> highlight_actor; // highlighted mesh entities
+        long highlight_version = 0;
     };
 
     explicit Impl(GTarvoModelSet& owner);
@@ -174,6 +176,10 @@ struct GTarvoModelSet::Impl {
     std::map<PieceKey, Piece> pieces;
     std::set<PieceKey> dirty_pieces;
     std::set<Entity> highlights;
+    // Highlighted mesh entities have no member to colour: they are drawn over the model, from
+    // this data (null: none), rebuilt when the highlights or the mesh change.
+    vtkSmartPointer<vtkPolyData> mesh_highlights;
+    long mesh_highlight_version = 0;
     bool structure = true, all_dirty = true, pending = true, in_command = false;
     Look drawn;
     std::vector<ViewEntry> views;
@@ -242,14 +248,21 @@ struct GTarvoModelSet::Impl {
         int member;
         int dim; // 0 vertex, 1 curve, 2 face
         double depth;
+        // A mesh cell: the kernel ids of its corners, and the one within the pick tolerance of
+        // the cursor (0: none).
+        std::vector<int> corners;
+        int node = 0;
     };
 
     // The roles a view shows now, as (role, dimension) for picking.
     static int role_dim(int role);
     std::vector<Hit> hits_at(vtkRenderer* renderer, double x, double y) const;
 
-    // The entity, then the volume that holds it, then its body: what a pick may land on.
+    // The entity, then the volume that holds it, then its body: what a pick may land on. A mesh
+    // cell adds, before those, its node near the cursor and the mesh entities it draws.
     std::vector<Entity> chain(const Hit& hit) const;
+    // Whether the pick filter lets the entity through ("face" stands for tris and quads).
+    static bool allowed(const std::vector<std::string>& filter, const Entity& entity);
     std::optional<Entity> pick(vtkRenderer* renderer, int x, int y, bool occluded);
     static bool inside(const std::vector<std::array<double, 2>>& outline, double x, double y);
     std::vector<Entity> pick_area(vtkRenderer* renderer,
@@ -258,5 +271,8 @@ struct GTarvoModelSet::Impl {
 
     // The cells of one entity (or the whole piece of a volume or body), for the pre-selection.
     vtkSmartPointer<vtkPolyData> cells_of(const Entity& entity) const;
+    void build_mesh_highlights();
+    // Puts the mesh highlights into the view's overlay when they changed since it last did.
+    void sync_highlights(ViewEntry& entry);
     void preselect(ViewEntry& entry, std::optional<Entity> entity);
 };

@@ -7,6 +7,7 @@
 #include <vtkCellData.h>
 #include <vtkIntArray.h>
 #include <vtkMatrix4x4.h>
+#include <vtkPointData.h>
 #include <vtkPoints.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
@@ -16,6 +17,62 @@
 #include <limits>
 
 using namespace model_set_internal;
+
+namespace {
+
+bool is_mesh_type(const std::string& type) {
+    static const std::set<std::string> types = {"node", "edge",  "tri",     "quad",  "tet",
+                                                "hex",  "wedge", "pyramid", "sphere"};
+    return types.count(type) != 0;
+}
+
+// A drawing of mesh entities added to one set of cells: faces as polygons, edges as lines, and a
+// drawing of points alone (a node) as vertices.
+void append_drawing(const tg::MeshDrawing& d, vtkPoints* points, vtkCellArray* polys,
+                    vtkCellArray* lines, vtkCellArray* verts) {
+    const vtkIdType base = points->GetNumberOfPoints();
+    for (std::size_t i = 0; i + 2 < d.xyz.size(); i += 3)
+        points->InsertNextPoint(d.xyz[i], d.xyz[i + 1], d.xyz[i + 2]);
+    for (std::size_t i = 0; i < d.faces.size(); i += static_cast<std::size_t>(d.faces[i]) + 1) {
+        polys->InsertNextCell(d.faces[i]);
+        for (int k = 1; k <= d.faces[i]; ++k)
+            polys->InsertCellPoint(base + d.faces[i + static_cast<std::size_t>(k)]);
+    }
+    for (std::size_t i = 0; i + 1 < d.edges.size(); i += 2) {
+        const vtkIdType ids[2] = {base + d.edges[i], base + d.edges[i + 1]};
+        lines->InsertNextCell(2, ids);
+    }
+    if (d.faces.empty() && d.edges.empty())
+        for (vtkIdType i = base; i < points->GetNumberOfPoints(); ++i)
+            verts->InsertNextCell(1, &i);
+}
+
+vtkSmartPointer<vtkPolyData> poly_data(vtkPoints* points, vtkCellArray* polys, vtkCellArray* lines,
+                                       vtkCellArray* verts) {
+    auto data = vtkSmartPointer<vtkPolyData>::New();
+    data->SetPoints(points);
+    data->SetPolys(polys);
+    data->SetLines(lines);
+    data->SetVerts(verts);
+    return data;
+}
+
+// Cells drawn over the model in one colour, in front of the faces they cover.
+vtkSmartPointer<vtkActor> overlay(vtkPolyData* data, const double colour[3]) {
+    auto actor = vtkSmartPointer<vtkActor>::New();
+    vtkNew<vtkPolyDataMapper> mapper;
+    mapper->SetInputData(data);
+    mapper->ScalarVisibilityOff();
+    mapper->SetRelativeCoincidentTopologyPolygonOffsetParameters(-1, -1);
+    actor->SetMapper(mapper);
+    vtkProperty* p = actor->GetProperty();
+    p->SetColor(colour[0], colour[1], colour[2]);
+    p->SetLineWidth(3.0f);
+    p->SetPointSize(7.0f);
+    return actor;
+}
+
+} // namespace
 
 // World to display pixels (x right, y up) and depth along the line of sight.
 struct GTarvoModelSet::Impl::Projector {
@@ -57,10 +114,11 @@ auto GTarvoModelSet::Impl::hits_at(vtkRenderer* renderer, double x, double y) co
     std::vector<std::array<double, 3>> screen;
     std::vector<char> ok;
     for (const auto& [key, piece] : pieces) {
-        for (int role : {kFaces, kMeshFaces, kCurves, kVertices}) {
+        for (int role : {kFaces, kMeshFaces, kMeshEdges, kCurves, kVertices}) {
             vtkPolyData* data = piece.data[role];
             if (!data || !piece.look[role].shown)
                 continue;
+            auto* nodes = vtkIntArray::SafeDownCast(data->GetPointData()->GetArray("node"));
             vtkPoints* points = data->GetPoints();
             const vtkIdType n = points->GetNumberOfPoints();
             screen.resize(static_cast<std::size_t>(n));
@@ -121,8 +179,19 @@ auto GTarvoModelSet::Impl::hits_at(vtkRenderer* renderer, double x, double y) co
                 } else if (count > 0 && valid(0) && std::hypot(at(0)[0] - x, at(0)[1] - y) <= tol) {
                     best = at(0)[2];
                 }
-                if (best < std::numeric_limits<double>::infinity())
-                    hits.push_back({key, members->GetValue(cell), dim, best});
+                if (best == std::numeric_limits<double>::infinity())
+                    continue;
+                Hit hit{key, members->GetValue(cell), dim, best, {}, 0};
+                double nearest = tol;
+                for (vtkIdType k = 0; nodes && k < count; ++k) {
+                    hit.corners.push_back(nodes->GetValue(ids[k]));
+                    const double d = std::hypot(at(k)[0] - x, at(k)[1] - y);
+                    if (valid(k) && d <= nearest) {
+                        nearest = d;
+                        hit.node = hit.corners.back();
+                    }
+                }
+                hits.push_back(std::move(hit));
             }
         }
     }
@@ -132,12 +201,32 @@ auto GTarvoModelSet::Impl::hits_at(vtkRenderer* renderer, double x, double y) co
 std::vector<Entity> GTarvoModelSet::Impl::chain(const Hit& hit) const {
     const Piece& piece = pieces.at(hit.piece);
     const Entity& self = piece.members[static_cast<std::size_t>(hit.member)];
-    std::vector<Entity> out{self};
+    std::vector<Entity> out;
+    const auto add = [&](const Entity& e) {
+        if (std::find(out.begin(), out.end(), e) == out.end())
+            out.push_back(e);
+    };
+    if (!hit.corners.empty()) {
+        if (hit.node)
+            add({"node", hit.node});
+        const int volume = hit.piece.kind == PieceKind::Volume ? hit.piece.id : 0;
+        for (const Entity& e : tg::mesh_entities_under(hit.corners, volume))
+            add(e);
+    }
+    add(self);
     if (hit.piece.kind == PieceKind::Volume && self.first != "volume")
-        out.push_back(piece.members.front());
+        add(piece.members.front());
     if (const int body = TI::get_owning_body(self.first, self.second))
-        out.push_back({"body", body});
+        add({"body", body});
     return out;
+}
+
+bool GTarvoModelSet::Impl::allowed(const std::vector<std::string>& filter, const Entity& entity) {
+    const auto has = [&](const char* type) {
+        return std::find(filter.begin(), filter.end(), type) != filter.end();
+    };
+    return has(entity.first.c_str()) ||
+           ((entity.first == "tri" || entity.first == "quad") && has("face"));
 }
 
 std::optional<Entity> GTarvoModelSet::Impl::pick(vtkRenderer* renderer, int x, int y,
@@ -162,14 +251,11 @@ std::optional<Entity> GTarvoModelSet::Impl::pick(vtkRenderer* renderer, int x, i
         return a.depth < b.depth;
     });
     const std::vector<std::string> filter = TI::get_pick_filters();
-    const auto allowed = [&](const Entity& e) {
-        return std::find(filter.begin(), filter.end(), e.first) != filter.end();
-    };
     for (const Hit& h : hits) {
         if (!occluded && !visible(h))
             break;
         for (const Entity& e : chain(h))
-            if (allowed(e))
+            if (allowed(filter, e))
                 return e;
     }
     return std::nullopt;
@@ -195,6 +281,12 @@ GTarvoModelSet::Impl::pick_area(vtkRenderer* renderer,
     const Projector project(renderer);
     const std::vector<std::string> filter = TI::get_pick_filters();
     const bool partial = TI::is_select_partial_on();
+    std::vector<std::string> mesh_types;
+    for (const std::string& type : filter)
+        if (type == "face")
+            mesh_types.insert(mesh_types.end(), {"tri", "quad"});
+        else if (is_mesh_type(type))
+            mesh_types.push_back(type);
     // Per entity: (some point inside, every point inside), over all that draws it.
     std::map<Entity, std::pair<bool, bool>> seen;
     std::vector<Entity> order;
@@ -244,12 +336,37 @@ GTarvoModelSet::Impl::pick_area(vtkRenderer* renderer,
         note(self, piece_any, piece_all);
         if (body)
             note({"body", body}, piece_any, piece_all);
+        if (drawn.mesh_on && piece.data[kMeshFaces])
+            for (const std::string& type : mesh_types)
+                for (const Entity& owner : piece.members) {
+                    tg::MeshEntityCorners found;
+                    if ((owner.first != "volume" && owner.first != "surface") ||
+                        !tg::mesh_entity_corners(owner.first, owner.second, type, found))
+                        continue;
+                    for (std::size_t i = 0; i < found.ids.size(); ++i) {
+                        const int end = i + 1 < found.ids.size()
+                                            ? found.corners[i + 1]
+                                            : static_cast<int>(found.xyz.size() / 3);
+                        bool any = false, all = true;
+                        for (int k = found.corners[i]; k < end; ++k) {
+                            const double p[3] = {found.xyz[3 * k], found.xyz[3 * k + 1],
+                                                 found.xyz[3 * k + 2]};
+                            double sx, sy, depth;
+                            const bool in = project(p, sx, sy, depth) && inside(outline, sx, sy);
+                            any = any || in;
+                            all = all && in;
+                        }
+                        note({type, found.ids[i]}, any, all);
+                    }
+                    // A volume's mesh includes its surfaces'.
+                    if (owner.first == "volume")
+                        break;
+                }
     }
     std::vector<Entity> out;
     for (const Entity& e : order) {
         const auto [any, all] = seen.at(e);
-        if (std::find(filter.begin(), filter.end(), e.first) != filter.end() &&
-            (partial ? any : all))
+        if (allowed(filter, e) && (partial ? any : all))
             out.push_back(e);
     }
     return out;
@@ -291,6 +408,12 @@ bool GTarvoModelSet::Impl::surface_point(vtkRenderer* renderer, int x, int y, do
 vtkSmartPointer<vtkPolyData> GTarvoModelSet::Impl::cells_of(const Entity& entity) const {
     vtkNew<vtkPoints> points;
     vtkNew<vtkCellArray> polys, lines, verts;
+    if (is_mesh_type(entity.first)) {
+        tg::MeshDrawing drawing;
+        if (tg::mesh_entity_drawing(entity.first, entity.second, drawing))
+            append_drawing(drawing, points, polys, lines, verts);
+        return poly_data(points, polys, lines, verts);
+    }
     for (const auto& [key, piece] : pieces) {
         const Entity& self = piece.members.front();
         const bool whole =
@@ -318,12 +441,33 @@ vtkSmartPointer<vtkPolyData> GTarvoModelSet::Impl::cells_of(const Entity& entity
             }
         }
     }
-    auto data = vtkSmartPointer<vtkPolyData>::New();
-    data->SetPoints(points);
-    data->SetPolys(polys);
-    data->SetLines(lines);
-    data->SetVerts(verts);
-    return data;
+    return poly_data(points, polys, lines, verts);
+}
+
+void GTarvoModelSet::Impl::build_mesh_highlights() {
+    vtkNew<vtkPoints> points;
+    vtkNew<vtkCellArray> polys, lines, verts;
+    for (const Entity& e : highlights) {
+        tg::MeshDrawing drawing;
+        if (is_mesh_type(e.first) && tg::mesh_entity_drawing(e.first, e.second, drawing))
+            append_drawing(drawing, points, polys, lines, verts);
+    }
+    const bool none = points->GetNumberOfPoints() == 0;
+    if (none && !mesh_highlights)
+        return;
+    mesh_highlights = none ? nullptr : poly_data(points, polys, lines, verts);
+    ++mesh_highlight_version;
+}
+
+void GTarvoModelSet::Impl::sync_highlights(ViewEntry& entry) {
+    if (entry.highlight_version == mesh_highlight_version)
+        return;
+    entry.highlight_version = mesh_highlight_version;
+    if (entry.highlight_actor)
+        entry.renderer->RemoveActor(entry.highlight_actor);
+    entry.highlight_actor = mesh_highlights ? overlay(mesh_highlights, kHighlight) : nullptr;
+    if (entry.highlight_actor)
+        entry.renderer->AddActor(entry.highlight_actor);
 }
 
 void GTarvoModelSet::Impl::preselect(ViewEntry& entry, std::optional<Entity> entity) {
@@ -335,18 +479,7 @@ void GTarvoModelSet::Impl::preselect(ViewEntry& entry, std::optional<Entity> ent
         entry.preselect_actor = nullptr;
     }
     if (entity) {
-        entry.preselect_actor = vtkSmartPointer<vtkActor>::New();
-        vtkNew<vtkPolyDataMapper> mapper;
-        mapper->SetInputData(cells_of(*entity));
-        mapper->ScalarVisibilityOff();
-        // In front of the faces it covers.
-        mapper->SetRelativeCoincidentTopologyPolygonOffsetParameters(-1, -1);
-        entry.preselect_actor->SetMapper(mapper);
-        vtkProperty* p = entry.preselect_actor->GetProperty();
-        p->SetColor(GTarvoModelSet::kPreselect[0], GTarvoModelSet::kPreselect[1],
-                    GTarvoModelSet::kPreselect[2]);
-        p->SetLineWidth(3.0f);
-        p->SetPointSize(7.0f);
+        entry.preselect_actor = overlay(cells_of(*entity), GTarvoModelSet::kPreselect);
         entry.renderer->AddActor(entry.preselect_actor);
     }
     entry.view->request_render();

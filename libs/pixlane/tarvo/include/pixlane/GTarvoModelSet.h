@@ -29,8 +29,9 @@ class GView;
 // Appearance has no events of its own for colours and drawing sets, so it is compared after each
 // command with what was last drawn; it costs a few queries per drawn entity, no rebuild.
 //
-// Not drawn yet: labels, the preview, per-surface visibility inside a visible volume, and the
-// highlighting of mesh entities.
+// Highlighted mesh entities (nodes, elements) are drawn over the model in kHighlight.
+//
+// Not drawn yet: labels, the preview, and per-surface visibility inside a visible volume.
 //
 // Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
 // a view command (view at/from/up, view reset) moves every bound view's camera at its next render,
@@ -44,7 +45,13 @@ class GView;
 // body that passes the kernel's pick filter; when select_occluded is set, or the kernel's
 // occlusion is off, the entities behind are tried too, front to back. An outline takes every
 // entity of a filtered type wholly inside it (partly, with the kernel's partial selection on),
-// hidden or not. Mesh entities are not picked yet.
+// hidden or not.
+//
+// With the mesh shown, a click on a mesh face or edge can also land on the node within
+// kPickTolerance pixels of the cursor, the tri or quad drawn there ("face" in the filter stands
+// for both), the volume's element whose side it is, the surface that owns that face, and on
+// from there as above. An outline takes the nodes and elements of the shown meshes whose
+// corners lie inside it, by the same rule.
 //
 // Threads: everything belongs to the kernel's thread, which is also the thread that renders
 // (the server's worker thread). Requires a live kernel session (TarvoInterface::init) for as long
