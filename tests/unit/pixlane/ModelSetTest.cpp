@@ -258,6 +258,43 @@ TEST_F(ModelSet, VisibilityColourAndModeFollowTheKernel) {
     EXPECT_EQ(at(frame(), c1, r1), one);
 }
 
+TEST_F(ModelSet, LabelsFollowTheKernelsSettingAndVisibility) {
+    run("create box 2");
+    run("volume 1 name 'brick'");
+    run("color volume 1 rgb 0 0 1");
+    look({0, 0, 10}, 2);
+    // The label's text: light pixels around the volume's centre, where the face is blue.
+    const auto text_pixels = [&] {
+        const auto image = frame();
+        const auto [c, r] = pixel_of(0, 0, 2);
+        int count = 0;
+        for (int dc = -40; dc <= 40; ++dc)
+            for (int dr = -10; dr <= 10; ++dr) {
+                const Colour p = at(image, c + dc, r + dr);
+                count += p[0] > 150 && p[1] > 150 ? 1 : 0;
+            }
+        return count;
+    };
+    EXPECT_EQ(text_pixels(), 0);
+    run("label volume on");
+    const int id = text_pixels();
+    EXPECT_GT(id, 0);
+    run("label volume name");
+    const int name = text_pixels();
+    EXPECT_GT(name, id); // "brick" against "1"
+    run("label volume both");
+    EXPECT_GT(text_pixels(), name); // "brick (1)"
+    run("hide volume 1");
+    EXPECT_EQ(text_pixels(), 0);
+    run("show volume 1");
+    run("label volume off");
+    EXPECT_EQ(text_pixels(), 0);
+    // A hex's label sits at its centre, the volume's.
+    run("mesh volume 1");
+    run("label hex on");
+    EXPECT_GT(text_pixels(), 0);
+}
+
 TEST_F(ModelSet, MeshEdgesAppearAlongTheGridLines) {
     run("create box 10");
     run("volume 1 size 2");

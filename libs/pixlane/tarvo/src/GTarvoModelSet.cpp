@@ -271,6 +271,7 @@ Look GTarvoModelSet::Impl::compute_look() const {
     look.mesh_on = TI::is_mesh_visibility_on();
     look.geometry_on = TI::is_geometry_visibility_on();
     look.perspective = TI::is_perspective_on();
+    look.labels = label_settings();
     std::set<Entity> drawing;
     for (const Entity& e : tg::drawing_set(""))
         drawing.insert(e);
@@ -399,6 +400,7 @@ void GTarvoModelSet::Impl::update() {
     apply(look, drawn);
     drawn = std::move(look);
     build_mesh_highlights();
+    build_labels();
     dirty_pieces.clear();
     structure = all_dirty = pending = false;
 }
@@ -406,6 +408,7 @@ void GTarvoModelSet::Impl::update() {
 void GTarvoModelSet::Impl::sync(ViewEntry& entry) {
     update();
     sync_highlights(entry);
+    sync_labels(entry);
     follow_camera(entry);
     follow_projection(entry);
     vtkRenderer* renderer = entry.renderer;
@@ -596,9 +599,11 @@ void GTarvoModelSet::detach_view(GView* view) {
         if (it->view != view)
             continue;
         it->renderer->RemoveObserver(it->tag);
-        for (vtkActor* overlay : {it->preselect_actor.Get(), it->highlight_actor.Get()})
+        for (vtkProp* overlay : {static_cast<vtkProp*>(it->preselect_actor.Get()),
+                                 static_cast<vtkProp*>(it->highlight_actor.Get()),
+                                 static_cast<vtkProp*>(it->label_actor.Get())})
             if (overlay)
-                it->renderer->RemoveActor(overlay);
+                it->renderer->RemoveViewProp(overlay);
         for (auto& chunk : it->roles)
             for (auto& ra : chunk)
                 if (ra.actor)

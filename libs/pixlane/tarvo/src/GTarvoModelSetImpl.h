@@ -11,6 +11,7 @@
 #include "tarvo/TarvoInterface.h"
 
 #include <vtkActor.h>
+#include <vtkActor2D.h>
 #include <vtkCallbackCommand.h>
 #include <vtkCompositeDataDisplayAttributes.h>
 #include <vtkCompositePolyDataMapper2.h>
@@ -74,6 +75,7 @@ struct Piece {
 struct Look {
     int mode = 0;
     bool mesh_on = true, geometry_on = true, perspective = false;
+    std::map<std::string, int> labels; // label type to its flag, those switched on
     std::map<PieceKey, std::pair<bool, std::vector<Rgb>>> pieces; // visible, member colours
     bool operator==(const Look&) const = default;
 };
@@ -167,6 +169,8 @@ struct GTarvoModelSet::Impl {
         vtkSmartPointer<vtkActor> preselect_actor;
         vtkSmartPointer<vtkActor> highlight_actor; // highlighted mesh entities
         long highlight_version = 0;
+        vtkSmartPointer<vtkActor2D> label_actor;
+        long labels_version = 0;
     };
 
     explicit Impl(GTarvoModelSet& owner);
@@ -180,6 +184,13 @@ struct GTarvoModelSet::Impl {
     // this data (null: none), rebuilt when the highlights or the mesh change.
     vtkSmartPointer<vtkPolyData> mesh_highlights;
     long mesh_highlight_version = 0;
+    // The label anchors with their texts (null: no labels), rebuilt at each update while labels
+    // are on (GTarvoModelSetLabels.cpp).
+    vtkSmartPointer<vtkPolyData> labels;
+    long labels_version = 0;
+    // More would hide the model and cost seconds a frame.
+    static constexpr vtkIdType kMaxLabels = 20000;
+    static constexpr double kLabel[3] = {1.0, 1.0, 1.0};
     bool structure = true, all_dirty = true, pending = true, in_command = false;
     Look drawn;
     std::vector<ViewEntry> views;
@@ -272,6 +283,9 @@ struct GTarvoModelSet::Impl {
     // The cells of one entity (or the whole piece of a volume or body), for the pre-selection.
     vtkSmartPointer<vtkPolyData> cells_of(const Entity& entity) const;
     void build_mesh_highlights();
+    static std::map<std::string, int> label_settings();
+    void build_labels();
+    void sync_labels(ViewEntry& entry);
     // Puts the mesh highlights into the view's overlay when they changed since it last did.
     void sync_highlights(ViewEntry& entry);
     void preselect(ViewEntry& entry, std::optional<Entity> entity);

@@ -31,7 +31,11 @@ class GView;
 //
 // Highlighted mesh entities (nodes, elements) are drawn over the model in kHighlight.
 //
-// Not drawn yet: labels, the preview, and per-surface visibility inside a visible volume.
+// Labels follow the kernel's `label` settings: the id, the name or both of each visible body,
+// volume, surface, curve and vertex at its centre, and of each node and element of the shown
+// meshes; at most Impl::kMaxLabels. Groups, blocks and sets get none.
+//
+// Not drawn yet: the preview, and per-surface visibility inside a visible volume.
 //
 // Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
 // a view command (view at/from/up, view reset) moves every bound view's camera at its next render,
