@@ -146,6 +146,24 @@ TEST_F(Interaction, RotateDragTurnsTheCameraByItsAngleAndSharesItWithTheKernel) 
     EXPECT_NEAR(view->get_view_up()[2], 1.0, 1e-9);
 }
 
+TEST_F(Interaction, DoubleClickCentresOnTheModelPointUnderTheCursor) {
+    run("create box 2");
+    look_down_z(2);
+    const auto at = input_of(0.5, -0.25, 2);
+    view->invoke_double_click(at[0], at[1]);
+    const auto focal = view->get_focal_point(), pos = view->get_position();
+    // Within the pixel's size (2 / 120) of the point on the top face.
+    EXPECT_NEAR(focal[0], 0.5, 0.02);
+    EXPECT_NEAR(focal[1], -0.25, 0.02);
+    EXPECT_NEAR(focal[2], 1.0, 1e-9);
+    EXPECT_NEAR(pos[0] - focal[0], 0.0, 1e-9);
+    EXPECT_NEAR(pos[2] - focal[2], 10.0, 1e-9);
+    EXPECT_NEAR(TI::get_view_at()[2], 1.0, 1e-9) << "the kernel's camera follows";
+    // Off the model nothing moves.
+    view->invoke_double_click(2, 2);
+    EXPECT_EQ(view->get_focal_point(), focal);
+}
+
 TEST_F(Interaction, ClickPicksWhatThePickTypeAllowsAndTheKernelHighlightsIt) {
     run("create box 2"); // -1..1 on every axis
     look_down_z(2);

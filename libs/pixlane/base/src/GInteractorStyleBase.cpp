@@ -154,6 +154,29 @@ void GInteractorStyleBase::OnChar() {
         view_->reset_camera();
 }
 
+void GInteractorStyleBase::OnLeftButtonDoubleClick() {
+    if (!Interactor)
+        return;
+    const int* pos = Interactor->GetEventPosition();
+    if (!CurrentRenderer)
+        FindPokedRenderer(pos[0], pos[1]);
+    double p[3];
+    if (CurrentRenderer && surface_point(pos[0], pos[1], p))
+        center_on(p);
+}
+
+void GInteractorStyleBase::center_on(const double point[3]) {
+    vtkCamera* camera = CurrentRenderer->GetActiveCamera();
+    double focal[3], pos[3];
+    camera->GetFocalPoint(focal);
+    camera->GetPosition(pos);
+    for (int i = 0; i < 3; ++i)
+        pos[i] += point[i] - focal[i];
+    camera->SetFocalPoint(point);
+    camera->SetPosition(pos);
+    camera_changed();
+}
+
 void GInteractorStyleBase::OnMouseMove() {
     if (!Interactor)
         return;
@@ -298,17 +321,8 @@ void GInteractorStyleBase::finish_click(int x, int y) {
         break;
     case PXUtil::CenterOnClick: {
         double p[3];
-        if (surface_point(x, y, p) || focal_plane_point(x, y, p)) {
-            vtkCamera* camera = CurrentRenderer->GetActiveCamera();
-            double focal[3], pos[3];
-            camera->GetFocalPoint(focal);
-            camera->GetPosition(pos);
-            for (int i = 0; i < 3; ++i)
-                pos[i] += p[i] - focal[i];
-            camera->SetFocalPoint(p);
-            camera->SetPosition(pos);
-            camera_changed();
-        }
+        if (surface_point(x, y, p) || focal_plane_point(x, y, p))
+            center_on(p);
         picked = false;
         break;
     }

@@ -70,6 +70,9 @@ public:
     void OnMouseWheelBackward() override;
     void OnLeave() override;
     void OnChar() override;
+    // A double click with the left button centres the view on the model point under the cursor
+    // (nothing when the cursor is off the model), whatever the button is mapped to.
+    void OnLeftButtonDoubleClick() override;
 
 protected:
     GInteractorStyleBase();
@@ -104,6 +107,7 @@ private:
     void dolly(double factor);
     void zoom_to_box(int x0, int y0, int x1, int y1);
     bool focal_plane_point(int x, int y, double point[3]);
+    void center_on(const double point[3]);
 
     GView* view_ = nullptr;
     bool client_window_ = false;
