@@ -7,6 +7,7 @@
 #include "core/Runner.h"
 #include "core/Session.h"
 #include "core/SessionState.h"
+#include "core/Version.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoFileUtil.h"
 
@@ -64,7 +65,6 @@ void shutdown_modules() {
     shutdown_geometry_module();
 }
 
-constexpr const char* kKernelVersion = "0.1.0";
 constexpr const char* kBuildNumber = "1";
 
 // Moves what Gmsh logged during the command to the message channel: warnings as warnings,
@@ -187,7 +187,7 @@ int destroy() {
 // ------------------------------------------------------------------------------------
 
 std::string get_version() {
-    return kKernelVersion;
+    return tarvo::kernel::kKernelVersion;
 }
 
 std::string get_revision_date() {

@@ -3,6 +3,7 @@
 // info records (ours, then those of the analysis set-up), with the set distribution factors the
 // set-up gives (ExodusExtras.h).
 
+#include "core/Version.h"
 #include "fe/ExodusExtras.h"
 #include "fe/MeshExport.h"
 #include "mesh/MeshTypes.h"
@@ -86,13 +87,13 @@ void write_qa_and_info(int exo, const std::vector<std::string>& extra_info) {
     char date[16], time[16];
     std::strftime(date, sizeof date, "%m/%d/%y", &local);
     std::strftime(time, sizeof time, "%H:%M:%S", &local);
-    std::string fields[4] = {"tarvo_server", TarvoInterface::get_version(), date, time};
+    std::string fields[4] = {"tarvo_server", std::string(kKernelVersion), date, time};
     char* qa[1][4];
     for (int i = 0; i < 4; ++i)
         qa[0][i] = fields[i].data();
     check(ex_put_qa(exo, 1, qa), "the QA record");
     std::vector<std::string> lines{"Mesh exported by tarvo_server, kernel tarvoi19 " +
-                                   TarvoInterface::get_version()};
+                                   std::string(kKernelVersion)};
     for (const std::string& line : extra_info)
         lines.push_back(line.substr(0, MAX_LINE_LENGTH));
     CStrings info(lines);
