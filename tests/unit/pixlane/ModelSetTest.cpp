@@ -295,6 +295,44 @@ TEST_F(ModelSet, LabelsFollowTheKernelsSettingAndVisibility) {
     EXPECT_GT(text_pixels(), 0);
 }
 
+// Hexes of a box (scaled Jacobian 1, the best) and tets of another (worse) coloured by their
+// quality: the two boxes take different colours, the hexes the blue of the good end, a colour bar
+// appears at the right, and `quality draw clear` gives back the picture before.
+TEST_F(ModelSet, QualityDrawingColoursElementsByTheirMetric) {
+    run("create box 2 at -2 0 0");
+    run("create box 2 at 2 0 0");
+    run("volume 1 interval 1");
+    run("volume 2 scheme tetmesh");
+    run("mesh volume all");
+    run("color volume all rgb 1 1 1");
+    look({0, 0, 10}, 3);
+    // The mean colour of a 7 x 7 window, so that a mesh edge through it counts for little.
+    const auto mean = [](const std::vector<unsigned char>& image, std::pair<int, int> centre) {
+        std::array<double, 3> sum{0, 0, 0};
+        for (int dc = -3; dc <= 3; ++dc)
+            for (int dr = -3; dr <= 3; ++dr)
+                for (int i = 0; i < 3; ++i)
+                    sum[i] += at(image, centre.first + dc, centre.second + dr)[i] / 49.0;
+        return sum;
+    };
+    const auto hexes = pixel_of(-2.3, 0.4, 3), tets = pixel_of(2.3, 0.4, 3);
+    const std::pair<int, int> bar{static_cast<int>(0.93 * kWidth), kHeight / 2};
+    const auto before = frame();
+    EXPECT_EQ(brightness(at(before, bar.first, bar.second)), 0);
+
+    run("quality volume all draw");
+    const auto drawn = frame();
+    const auto hex = mean(drawn, hexes), tet = mean(drawn, tets);
+    EXPECT_GT(hex[2], hex[0] + 100) << "the best value is blue";
+    EXPECT_GT(std::abs(hex[0] - tet[0]) + std::abs(hex[1] - tet[1]) + std::abs(hex[2] - tet[2]),
+              60.0);
+    EXPECT_GT(brightness(at(drawn, bar.first, bar.second)), 0);
+
+    EXPECT_FALSE(TarvoInterface::silent_cmd("quality draw"));
+    run("quality draw clear");
+    EXPECT_EQ(frame(), before);
+}
+
 TEST_F(ModelSet, MeshEdgesAppearAlongTheGridLines) {
     run("create box 10");
     run("volume 1 size 2");

@@ -69,6 +69,22 @@ struct MeshEntityCorners {
 };
 bool mesh_entity_corners(const std::string& owner_type, int owner_id, const std::string& type,
                          MeshEntityCorners& out);
+// What the last `quality <list> draw` coloured: the sides of its solids that no other of them
+// shares, its faces, and its edge elements as edges, each with its element's value of `metric`
+// (`face_values` per face of `mesh.faces`, `edge_values` per pair of `mesh.edges`), and the range
+// of all values. Elements deleted since are left out. `stamp` changes with every new drawing and
+// with `quality draw clear`; false when nothing is drawn.
+struct QualityDrawing {
+    MeshDrawing mesh;
+    std::vector<float> face_values;
+    std::vector<float> edge_values;
+    std::string metric;
+    bool low_is_bad = true;
+    double min = 0, max = 0;
+};
+bool quality_drawing(QualityDrawing& out);
+std::uint64_t quality_drawing_stamp();
+
 // Identifies the mesh of a volume or surface: changes whenever that mesh is replaced or deleted,
 // 0 when it has none. Meshes have no delete event, so views compare this after each command.
 std::uintptr_t mesh_stamp(const std::string& type, int id);

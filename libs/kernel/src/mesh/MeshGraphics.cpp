@@ -267,6 +267,70 @@ bool mesh_entity_corners(const std::string& owner_type, int owner_id, const std:
     });
 }
 
+bool quality_drawing(QualityDrawing& out) {
+    return kernel::guarded("quality_drawing", false, [&] {
+        auto* module = kernel::mesh::mesh_module();
+        if (!module || module->drawn_quality().elements.empty())
+            return false;
+        const auto& drawn = module->drawn_quality();
+        QualityDrawing drawing;
+        drawing.metric = drawn.metric;
+        drawing.low_is_bad = drawn.low_is_bad;
+        Collector collect(drawing.mesh);
+        // Sides of solids, by their sorted corners: a side two drawn solids share is inside.
+        std::map<std::vector<int>, std::pair<std::vector<int>, double>> sides;
+        std::vector<int> edge_elements;
+        bool first = true;
+        for (std::size_t i = 0; i < drawn.elements.size(); ++i) {
+            const auto& [kind, id] = drawn.elements[i];
+            const auto element = module->state().find_element(kind, id);
+            if (!element)
+                continue;
+            const double value = drawn.values[i];
+            drawing.min = first ? value : std::min(drawing.min, value);
+            drawing.max = first ? value : std::max(drawing.max, value);
+            first = false;
+            const int* corners = element->nodes();
+            const auto& info = kernel::mesh::info(kind);
+            if (info.dim == 3) {
+                for (const auto& side : kernel::mesh::topology(kind).faces) {
+                    std::vector<int> nodes;
+                    for (int k : side)
+                        nodes.push_back(corners[k]);
+                    std::vector<int> key = nodes;
+                    std::sort(key.begin(), key.end());
+                    if (const auto it = sides.find(key); it != sides.end())
+                        sides.erase(it);
+                    else
+                        sides.emplace(std::move(key), std::make_pair(std::move(nodes), value));
+                }
+            } else if (info.dim == 2) {
+                collect.face({corners, corners + info.nodes});
+                drawing.face_values.push_back(static_cast<float>(value));
+            } else if (info.dim == 1) {
+                edge_elements.insert(edge_elements.end(),
+                                     {collect.local(corners[0]), collect.local(corners[1])});
+                drawing.edge_values.push_back(static_cast<float>(value));
+            }
+        }
+        for (const auto& [key, side] : sides) {
+            collect.face(side.first);
+            drawing.face_values.push_back(static_cast<float>(side.second));
+        }
+        if (first)
+            return false;
+        // The faces' own edges are the mesh's to draw; only edge elements are coloured lines.
+        drawing.mesh.edges = std::move(edge_elements);
+        out = std::move(drawing);
+        return true;
+    });
+}
+
+std::uint64_t quality_drawing_stamp() {
+    auto* module = kernel::mesh::mesh_module();
+    return module ? module->drawn_quality().stamp : 0;
+}
+
 std::uintptr_t mesh_stamp(const std::string& type, int id) {
     const MeshPiece* piece = piece_of(type, id);
     if (!piece)

@@ -340,6 +340,9 @@ void MeshModule::clear_state() {
     errors_.clear();
     state_.clear();
     shapes_.clear();
+    const std::uint64_t stamp = drawn_quality_.stamp + 1;
+    drawn_quality_ = DrawnQuality{};
+    drawn_quality_.stamp = stamp;
 }
 
 } // namespace tarvo::kernel::mesh

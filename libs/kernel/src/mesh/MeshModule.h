@@ -102,11 +102,24 @@ public:
     // The shapes the pieces were meshed on (kept beside the state, snapshotted with it).
     std::map<Owner, TopoDS_Shape>& shapes() { return shapes_; }
 
+    // What the last `quality ... draw` coloured, for the views: a view setting, not part of the
+    // model (no undo), cleared by `quality draw clear` and by a reset. `stamp` changes with
+    // every new drawing.
+    struct DrawnQuality {
+        std::string metric;
+        bool low_is_bad = true;
+        std::vector<std::pair<ElemKind, int>> elements;
+        std::vector<double> values;
+        std::uint64_t stamp = 0;
+    };
+    DrawnQuality& drawn_quality() { return drawn_quality_; }
+
 private:
     MeshState state_;
     std::map<Owner, TopoDS_Shape> shapes_;
     std::vector<std::unique_ptr<TarvoInterface::MeshErrorFeedback>> errors_;
     std::function<void()> after_command_;
+    DrawnQuality drawn_quality_;
 };
 
 // The live module between init_mesh_module() and shutdown_mesh_module(); null otherwise.

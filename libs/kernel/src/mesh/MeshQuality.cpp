@@ -103,18 +103,32 @@ std::string number(double v) {
 }
 
 bool quality_command(Cursor& c) {
+    auto& drawn = mesh_module()->drawn_quality();
+    if (c.keyword("draw")) {
+        if (!c.keyword("clear"))
+            return c.fail("expected 'clear' after 'quality draw'");
+        if (!c.expect_end())
+            return false;
+        const std::uint64_t stamp = drawn.stamp + 1;
+        drawn = MeshModule::DrawnQuality{};
+        drawn.stamp = stamp;
+        return true;
+    }
     EntityList list;
     if (!c.entity_list(list))
         return c.fail("expected an entity list");
     std::string metric_text;
     if (c.keyword("metric") && !c.string(metric_text, true))
         return false;
+    const bool draw = c.keyword("draw");
     if (!c.expect_end())
         return false;
     std::optional<std::string_view> metric;
     if (!metric_text.empty() && !(metric = find_metric(metric_text)))
         return c.fail("unknown quality metric '" + metric_text + "'");
     bool any = false;
+    MeshModule::DrawnQuality drawing;
+    drawing.stamp = drawn.stamp + 1;
     for (const auto& group : list.groups) {
         for (auto& [kind, sample] : gather(group.type, group.ids)) {
             const std::string_view name = metric ? *metric : default_metric(kind);
@@ -124,6 +138,22 @@ bool quality_command(Cursor& c) {
                 continue;
             }
             const auto values = values_of(sample, name);
+            if (draw) {
+                // One colour scale for the whole drawing: kinds whose default metric differs
+                // from the first one's are printed but not drawn.
+                if (drawing.metric.empty()) {
+                    drawing.metric = std::string(name);
+                    drawing.low_is_bad = low_is_bad(name);
+                }
+                if (drawing.metric == name)
+                    for (size_t i = 0; i < values.size(); ++i) {
+                        drawing.elements.push_back({kind, sample.ids[i]});
+                        drawing.values.push_back(values[i]);
+                    }
+                else
+                    warning(std::string(info(kind).word) + "s are not drawn: their " +
+                            std::string(name) + " has another scale than " + drawing.metric);
+            }
             const QualityStats st = quality_stats(values.data(), values.size());
             const size_t worst = low_is_bad(name) ? st.argmin : st.argmax;
             print(std::string(info(kind).word) + " " + std::string(name) + " of " +
@@ -136,13 +166,16 @@ bool quality_command(Cursor& c) {
     }
     if (!any)
         return c.fail("no meshed elements in " + list.describe());
+    if (draw)
+        drawn = std::move(drawing);
     return true;
 }
 
 } // namespace
 
 void register_quality_commands() {
-    register_command({"quality", quality_command, false, "quality <list> [metric '<name>']"});
+    register_command({"quality", quality_command, false,
+                      "quality <list> [metric '<name>'] [draw] | quality draw clear"});
 }
 
 } // namespace tarvo::kernel::mesh

@@ -272,6 +272,7 @@ Look GTarvoModelSet::Impl::compute_look() const {
     look.geometry_on = TI::is_geometry_visibility_on();
     look.perspective = TI::is_perspective_on();
     look.labels = label_settings();
+    look.quality = tg::quality_drawing_stamp();
     std::set<Entity> drawing;
     for (const Entity& e : tg::drawing_set(""))
         drawing.insert(e);
@@ -362,6 +363,7 @@ void GTarvoModelSet::Impl::apply(const Look& look, const Look& before) {
 void GTarvoModelSet::Impl::update() {
     if (!pending)
         return;
+    const long mesh_rebuilds = owner.mesh_rebuilds_;
     if (all_dirty) {
         pieces.clear();
         structure = true;
@@ -401,6 +403,7 @@ void GTarvoModelSet::Impl::update() {
     drawn = std::move(look);
     build_mesh_highlights();
     build_labels();
+    build_quality(owner.mesh_rebuilds_ != mesh_rebuilds);
     dirty_pieces.clear();
     structure = all_dirty = pending = false;
 }
@@ -409,6 +412,7 @@ void GTarvoModelSet::Impl::sync(ViewEntry& entry) {
     update();
     sync_highlights(entry);
     sync_labels(entry);
+    sync_quality(entry);
     follow_camera(entry);
     follow_projection(entry);
     vtkRenderer* renderer = entry.renderer;
@@ -601,7 +605,9 @@ void GTarvoModelSet::detach_view(GView* view) {
         it->renderer->RemoveObserver(it->tag);
         for (vtkProp* overlay : {static_cast<vtkProp*>(it->preselect_actor.Get()),
                                  static_cast<vtkProp*>(it->highlight_actor.Get()),
-                                 static_cast<vtkProp*>(it->label_actor.Get())})
+                                 static_cast<vtkProp*>(it->label_actor.Get()),
+                                 static_cast<vtkProp*>(it->quality_actor.Get()),
+                                 static_cast<vtkProp*>(it->quality_bar.Get())})
             if (overlay)
                 it->renderer->RemoveViewProp(overlay);
         for (auto& chunk : it->roles)

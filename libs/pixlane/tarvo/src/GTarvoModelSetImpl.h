@@ -17,6 +17,7 @@
 #include <vtkCompositePolyDataMapper2.h>
 #include <vtkPolyData.h>
 #include <vtkRenderer.h>
+#include <vtkScalarBarActor.h>
 #include <vtkSmartPointer.h>
 
 #include <array>
@@ -76,6 +77,7 @@ struct Look {
     int mode = 0;
     bool mesh_on = true, geometry_on = true, perspective = false;
     std::map<std::string, int> labels; // label type to its flag, those switched on
+    std::uint64_t quality = 0;         // the kernel's quality drawing
     std::map<PieceKey, std::pair<bool, std::vector<Rgb>>> pieces; // visible, member colours
     bool operator==(const Look&) const = default;
 };
@@ -171,6 +173,9 @@ struct GTarvoModelSet::Impl {
         long highlight_version = 0;
         vtkSmartPointer<vtkActor2D> label_actor;
         long labels_version = 0;
+        vtkSmartPointer<vtkActor> quality_actor;
+        vtkSmartPointer<vtkScalarBarActor> quality_bar;
+        long quality_version = 0;
     };
 
     explicit Impl(GTarvoModelSet& owner);
@@ -191,6 +196,14 @@ struct GTarvoModelSet::Impl {
     // More would hide the model and cost seconds a frame.
     static constexpr vtkIdType kMaxLabels = 20000;
     static constexpr double kLabel[3] = {1.0, 1.0, 1.0};
+    // The quality drawing, its cells with their values (null: none), rebuilt when the kernel
+    // draws another or the mesh changes (GTarvoModelSetQuality.cpp).
+    vtkSmartPointer<vtkPolyData> quality;
+    std::uint64_t quality_built = 0;
+    std::string quality_metric;
+    bool quality_low_is_bad = true;
+    std::array<double, 2> quality_range{0, 1};
+    long quality_version = 0;
     bool structure = true, all_dirty = true, pending = true, in_command = false;
     Look drawn;
     std::vector<ViewEntry> views;
@@ -286,6 +299,8 @@ struct GTarvoModelSet::Impl {
     static std::map<std::string, int> label_settings();
     void build_labels();
     void sync_labels(ViewEntry& entry);
+    void build_quality(bool mesh_moved);
+    void sync_quality(ViewEntry& entry);
     // Puts the mesh highlights into the view's overlay when they changed since it last did.
     void sync_highlights(ViewEntry& entry);
     void preselect(ViewEntry& entry, std::optional<Entity> entity);

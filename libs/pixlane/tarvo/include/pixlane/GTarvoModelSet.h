@@ -35,6 +35,9 @@ class GView;
 // volume, surface, curve and vertex at its centre, and of each node and element of the shown
 // meshes; at most Impl::kMaxLabels. Groups, blocks and sets get none.
 //
+// The kernel's quality drawing (`quality <list> draw`) colours its elements by value, red at the
+// bad end, with a colour bar.
+//
 // Not drawn yet: the preview, and per-surface visibility inside a visible volume.
 //
 // Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
