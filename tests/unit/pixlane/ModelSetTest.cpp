@@ -219,6 +219,8 @@ TEST_F(ModelSet, VisibilityColourAndModeFollowTheKernel) {
     const Case cases[] = {
         {"hide volume 2",                   true,  false, -1},
         {"show volume 2",                   true,  true,  -1},
+        {"hide surface in volume 1",        false, true,  -1},
+        {"show surface in volume 1",        true,  true,  -1},
         {"graphics mode wireframe",         false, false,  1},
         {"graphics mode hiddenline",        false, false,  1},
         {"draw volume 2",                   false, false,  0},

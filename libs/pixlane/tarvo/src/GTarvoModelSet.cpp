@@ -170,6 +170,9 @@ void GTarvoModelSet::Impl::build_geometry(Piece& piece) {
     std::vector<int> triangles;
     for (std::size_t m = 0; m < piece.members.size(); ++m) {
         const auto& [sub, id] = piece.members[m];
+        // Hidden on its own inside a shown volume: not drawn, so not picked either.
+        if (m > 0 && !TI::is_visible(sub, id))
+            continue;
         if (sub == "surface" && tg::surface_facets(id, xyz, nxyz, triangles)) {
             const vtkIdType base = face_points->GetNumberOfPoints();
             append_points(face_points, xyz);

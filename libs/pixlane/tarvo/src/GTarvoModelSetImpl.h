@@ -127,7 +127,13 @@ struct GTarvoModelSet::Impl {
             impl.everything();
         }
         void notify_mesh_created(const std::string&, int) override { impl.changed(); }
-        void notify_entity_visibility_changed(const std::string&, int) override { impl.changed(); }
+        // A surface, curve or vertex hidden inside a shown volume leaves that volume's drawing.
+        void notify_entity_visibility_changed(const std::string& type, int id) override {
+            if (type == "surface" || type == "curve" || type == "vertex")
+                impl.touched(type, id);
+            else
+                impl.changed();
+        }
         void notify_graphics_mode_modified() override { impl.changed(); }
         void notify_highlighted(const std::vector<Entity>& entities) override {
             impl.highlights.insert(entities.begin(), entities.end());

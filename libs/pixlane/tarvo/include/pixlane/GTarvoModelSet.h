@@ -38,7 +38,10 @@ class GView;
 // The kernel's quality drawing (`quality <list> draw`) colours its elements by value, red at the
 // bad end, with a colour bar.
 //
-// Not drawn yet: the preview, and per-surface visibility inside a visible volume.
+// A surface, curve or vertex hidden on its own inside a shown volume is left out of that volume's
+// drawing (its piece is rebuilt), so it is not picked either.
+//
+// Not drawn yet: the preview.
 //
 // Views are bound with GView::set_model_set. The camera is shared with the kernel's view state:
 // a view command (view at/from/up, view reset) moves every bound view's camera at its next render,
