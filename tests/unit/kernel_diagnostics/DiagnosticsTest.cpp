@@ -3,8 +3,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
@@ -104,30 +103,15 @@ const std::map<std::string, std::function<Ids(const Ids&)>>& finders() {
     return table;
 }
 
-class DiagnosticsTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("diag", output));
-        ti::silent_cmd("echo off");
-        output->clear();
-    }
-    void TearDown() override { session.stop(); }
-
+class DiagnosticsTest : public test_support::KernelTest {
 public:
-    void run(const std::string& line) {
-        ASSERT_TRUE(ti::cmd(line.c_str())) << line << "\n" << output->all();
-    }
+    DiagnosticsTest() : KernelTest("diag") {}
     void import_shape(const TopoDS_Shape& shape) {
         const std::string path = (session.dir() / "model.brep").string();
         ASSERT_TRUE(BRepTools::Write(shape, path.c_str()));
         run("import brep '" + path + "'");
     }
     static Ids volumes() { return ti::parse_tarvo_list("volume", "all"); }
-
-protected:
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::ScratchSession session;
 };
 
 // A 10 box with one vertical corner cut off by a face 0.01 wide: two curves of 0.01.
@@ -343,7 +327,7 @@ TEST_F(DiagnosticsTest, BadArgumentsAreRefusedAndChangeNothing) {
     for (const char* line : {"find small curves size 0", "find small curves in volume 99",
                              "find nothing", "remove surface 99", "remove volume 1",
                              "merge tolerant volume 1 2 tolerance -1", "regularize volume 99"})
-        EXPECT_FALSE(test_support::rejected(*output, line).empty()) << line;
+        EXPECT_FALSE(rejected(line).empty()) << line;
     EXPECT_EQ(ti::get_volume_count(), 2);
     EXPECT_EQ(ti::get_surface_count(), 12);
 }

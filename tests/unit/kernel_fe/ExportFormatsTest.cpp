@@ -6,8 +6,7 @@
 
 #include "tarvo/TarvoInterface.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -98,20 +97,9 @@ Inp read_inp(const std::string& path) {
     return inp;
 }
 
-class ExportFormatsTest : public ::testing::Test {
+class ExportFormatsTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("fe_formats", output));
-        TI::silent_cmd("echo off");
-    }
-    void TearDown() override { session.stop(); }
-    void run(const std::string& line) {
-        ASSERT_TRUE(TI::cmd(line.c_str())) << line << "\n" << output->all();
-    }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::ScratchSession session;
+    ExportFormatsTest() : KernelTest("fe_formats") {}
 };
 
 TEST_F(ExportFormatsTest, ReadBackWithTheSameCounts) {
@@ -133,8 +121,7 @@ TEST_F(ExportFormatsTest, ReadBackWithTheSameCounts) {
     run("export mesh 'm.inp'");
     run("export mesh 'm.data' format VTU");
     run("export mesh 'm.e'");
-    EXPECT_NE(test_support::rejected(*output, "export mesh 'm.e' format stl").find("stl"),
-              std::string::npos);
+    EXPECT_NE(rejected("export mesh 'm.e' format stl").find("stl"), std::string::npos);
 
     // Abaqus, with the faces of C3D8 as Abaqus numbers them (1-based corners).
     const Inp inp = read_inp("m.inp");

@@ -3,11 +3,8 @@
 // observer that records the geometry events as text ("volume_created 1").
 
 #include "tarvo/TarvoInterface.h"
-#include "tarvo_util/TarvoMessage.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -19,8 +16,6 @@
 #include <vector>
 
 namespace geometry_test {
-
-using CapturingHandler = test_support::CapturedOutput;
 
 // The geometry events and the command brackets, without the session's undo and variable events
 // that every command brings, so that the tests can compare whole sequences.
@@ -44,25 +39,13 @@ inline std::string cad_file(const std::string& name) {
     return (std::filesystem::path(dir && *dir ? dir : TARVO_DEFAULT_CAD_DATA) / name).string();
 }
 
-class GeometryTest : public ::testing::Test {
+class GeometryTest : public test_support::KernelTest {
 protected:
+    GeometryTest() : KernelTest("geometry", geometry_events()) {}
     void SetUp() override {
-        ASSERT_TRUE(session.start("geometry", output));
-        recorder.register_observer();
-        TarvoInterface::silent_cmd("echo off");
+        KernelTest::SetUp();
         output->take();
         recorder.events.clear();
-    }
-    void TearDown() override {
-        recorder.unregister_observer();
-        session.stop();
-    }
-
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
-
-    // Runs a command that must succeed; shows the output when it does not.
-    void run(const std::string& line) {
-        ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
     }
 
     // A fingerprint of the whole geometry: ids per type and the measure of every volume.
@@ -78,10 +61,6 @@ protected:
             out += std::to_string(TarvoInterface::get_volume_area(v)) + " ";
         return out;
     }
-
-    std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
-    test_support::EventRecorder recorder{geometry_events()};
-    test_support::ScratchSession session;
 };
 
 } // namespace geometry_test

@@ -7,8 +7,7 @@
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoMessage.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -32,19 +31,9 @@ struct Listing {
     }
 };
 
-class ListCommandTest : public ::testing::Test {
+class ListCommandTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("list", output));
-        TarvoInterface::silent_cmd("echo off");
-        output->clear();
-    }
-
-    void TearDown() override { session.stop(); }
-
-    void run(const std::string& line) {
-        ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
-    }
+    ListCommandTest() : KernelTest("list") {}
 
     // Runs a listing command that must succeed without errors and parses what it printed.
     std::vector<Listing> list(const std::string& line) {
@@ -78,10 +67,6 @@ protected:
         EXPECT_EQ(listings.size(), 1u) << line;
         return listings.empty() ? Listing{} : listings.front();
     }
-
-    std::shared_ptr<test_support::CapturedOutput> output =
-        std::make_shared<test_support::CapturedOutput>();
-    test_support::ScratchSession session;
 };
 
 std::vector<double> numbers_in(const std::string& text) {
@@ -245,7 +230,7 @@ TEST_F(ListCommandTest, DispatchBesideListVariablesAndNothingToUndo) {
         {"list volume x", "volume"},
     };
     for (const auto& r : refused) {
-        const std::string error = test_support::rejected(*output, r.line);
+        const std::string error = rejected(r.line);
         EXPECT_NE(error.find(r.says), std::string::npos) << r.line << ": " << error;
     }
 }
