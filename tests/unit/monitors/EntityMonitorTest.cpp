@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -81,64 +80,16 @@ TEST(CreateMonitor, ExodusSetCodesBuildTheirMonitors) {
     EXPECT_NE(dynamic_cast<NodesetMonitor*>(create_monitor(7, 1).get()), nullptr);
 }
 
-// An entity monitor whose existence the test decides, to exercise the sending rule alone.
-class FixedMonitor : public EntityMonitor {
+// An entity monitor whose entity always exists, to exercise the key matching alone.
+class PresentMonitor : public EntityMonitor {
 public:
-    FixedMonitor(const QString& type, int id, bool present)
-        : EntityMonitor(type, id), present(present) {}
-    void update() override {
-        exists = present;
-        if (exists)
-            record.insert("name", "probe");
-    }
-
-private:
-    bool present;
+    using EntityMonitor::EntityMonitor;
+    void update() override { exists = true; }
 };
-
-struct SendCase {
-    const char* name;
-    bool selected, exists, modified, incremental, sends;
-};
-
-class EntitySendingRule : public ::testing::TestWithParam<SendCase> {};
-
-TEST_P(EntitySendingRule, Applies) {
-    const SendCase& c = GetParam();
-    FixedMonitor monitor("volume", 3, c.exists);
-    if (!c.incremental)
-        monitor.set_full_refresh();
-    if (c.modified)
-        monitor.mark_modified();
-    monitor.update();
-
-    const auto sent = monitor.get_notifications(c.selected ? watching(1, 3) : watching(1, 4));
-    if (!c.sends) {
-        EXPECT_TRUE(sent.empty());
-        return;
-    }
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].method_name(), "datamonitor.entity_monitor");
-    EXPECT_TRUE(sent[0].is_notification());
-    EXPECT_EQ(sent[0].params(),
-              (QJsonObject{{"entity_type", "volume"}, {"entity_id", 3}, {"name", "probe"}}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, EntitySendingRule,
-    ::testing::Values(
-        // name, selected, exists, modified, incremental, sends
-        SendCase{"MarkedSends", true, true, true, true, true},
-        SendCase{"UnmarkedIsQuiet", true, true, false, true, false},
-        SendCase{"FirstDataNeedsNoMark", true, true, false, false, true},
-        SendCase{"MissingEntityIsQuietEvenWhenMarked", true, false, true, true, false},
-        SendCase{"MissingEntityIsQuietOnFirstData", true, false, false, false, false},
-        SendCase{"OtherClientsSelectionGetsNothing", false, true, true, false, false}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(EntityMonitor, KeyIsMatchedByTypeCodeNotByTheNameTheClientUsed) {
     // "wall" 5 and "cfd_bc" 5 are one key; a surface 5 is another.
-    FixedMonitor cfd("cfd_bc", 5, true);
+    PresentMonitor cfd("cfd_bc", 5);
     cfd.mark_modified();
     cfd.update();
     EXPECT_EQ(cfd.get_notifications(watching(entity_type_code("wall"), 5)).size(), 1u);

@@ -15,12 +15,6 @@
 
 namespace {
 
-MonitorSelection watching_model() {
-    MonitorSelection selection;
-    selection["model"].insert({0, 0});
-    return selection;
-}
-
 class ModelMonitorTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(run_command("reset")); }
@@ -34,31 +28,6 @@ protected:
     }
 };
 
-TEST_F(ModelMonitorTest, FirstMessageOfAnEmptyModelHoldsEverySectionEmpty) {
-    ModelMonitor monitor;
-    monitor.set_full_refresh();
-    monitor.update();
-
-    const std::set<QString> all = {"volume",  "surface",   "curve",          "vertex",   "bodies",
-                                   "groups",  "blocks",    "sidesets",       "nodesets", "fea_bcs",
-                                   "cfd_bcs", "materials", "boundary_layers"};
-    const auto sent = monitor.get_notifications(watching_model());
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].method_name(), "datamonitor.model_monitor");
-    EXPECT_TRUE(sent[0].is_notification());
-    const QJsonObject model = sent[0].params().toObject();
-    EXPECT_EQ(keys_of(model), all);
-    for (const QString& key : all)
-        EXPECT_EQ(model.value(key), QJsonArray{}) << key.toStdString();
-}
-
-TEST_F(ModelMonitorTest, ATaskWithoutEventsSendsNothing) {
-    ModelMonitor monitor;
-    monitor.update();
-    EXPECT_TRUE(monitor.model_sections().isEmpty());
-    EXPECT_TRUE(monitor.get_notifications(watching_model()).empty());
-}
-
 TEST_F(ModelMonitorTest, OnlyFlaggedSectionsAreRebuiltAndSent) {
     using M = ModelMonitor;
     const std::vector<std::pair<void (M::*)(), std::set<QString>>> cases = {
@@ -71,16 +40,6 @@ TEST_F(ModelMonitorTest, OnlyFlaggedSectionsAreRebuiltAndSent) {
         {&M::set_materials_changed, {"materials"}}};
     for (const auto& [flag, sections] : cases)
         EXPECT_EQ(keys_of(sections_after(flag)), sections);
-}
-
-TEST_F(ModelMonitorTest, ClientsWithoutTheModelKeyGetNothing) {
-    ModelMonitor monitor;
-    monitor.set_full_refresh();
-    monitor.update();
-    MonitorSelection other;
-    other["entity"].insert({0, 0});
-    EXPECT_TRUE(monitor.get_notifications(other).empty());
-    EXPECT_TRUE(monitor.get_notifications({}).empty());
 }
 
 TEST(CfdBcCode, KindNamesMapToBoundaryConditionTypes) {
