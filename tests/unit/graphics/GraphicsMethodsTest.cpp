@@ -7,9 +7,7 @@
 #include <QJsonObject>
 
 #include <gtest/gtest.h>
-#include <lz4frame.h>
 
-#include <cstring>
 #include <string>
 
 namespace {
@@ -58,22 +56,7 @@ TEST(KeySymbolTest, TextFirstThenKeyCode) {
     }
 }
 
-TEST(ImageFormatTest, NamesCodesAndHeaders) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"rgb", "rgb"}, {"RGBA", "rgba"}, {"bmp", "bmp"},    {"jpg", "jpg"}, {"JPEG", "jpg"},
-        {"png", "png"}, {"pnga", "png"},  {"ppm", "ppm"},    {"xbm", "xbm"}, {"xpm", "xpm"},
-        {"lz4", "lz4"}, {"lz4a", "lz4a"}, {"tiff", nullptr}, {"", nullptr},  {" rgb", nullptr}};
-    for (const auto& [name, header] : rows) {
-        const int code = image_format::code_of(QString::fromLatin1(name));
-        if (header == nullptr)
-            EXPECT_EQ(code, image_format::Invalid) << name;
-        else
-            EXPECT_EQ(image_format::header_name(code).toStdString(), header) << name;
-    }
-    EXPECT_EQ(image_format::header_name(11), "Invalid");
-    EXPECT_TRUE(image_format::encode(QImage(4, 4, QImage::Format_RGBA8888), -1).isEmpty());
-}
-
+// The row flip and the red/blue order; the e2e scene is symmetric and would not show either.
 TEST(ImageFormatTest, RawPayloadsAreTopDownRgbWithRowsPaddedToFourBytes) {
     // The capture: blue, green, red, alpha, bottom row first. Each pixel differs.
     const int w = 801, h = 3;
@@ -98,27 +81,6 @@ TEST(ImageFormatTest, RawPayloadsAreTopDownRgbWithRowsPaddedToFourBytes) {
             EXPECT_EQ(static_cast<uchar>(p[2]), static_cast<uchar>(x));
         }
     }
-    // LZ4 carries the same bytes, as a standard frame.
-    const QByteArray packed = image_format::encode(frame, image_format::Lz4);
-    LZ4F_dctx* context = nullptr;
-    ASSERT_FALSE(LZ4F_isError(LZ4F_createDecompressionContext(&context, LZ4F_VERSION)));
-    QByteArray unpacked(rgb.size() + 16, 0);
-    size_t out_size = static_cast<size_t>(unpacked.size());
-    size_t in_size = static_cast<size_t>(packed.size());
-    EXPECT_EQ(
-        LZ4F_decompress(context, unpacked.data(), &out_size, packed.constData(), &in_size, nullptr),
-        0u);
-    LZ4F_freeDecompressionContext(context);
-    EXPECT_EQ(unpacked.left(static_cast<qsizetype>(out_size)), rgb);
-    // A file format decodes to the same pixels.
-    QImage png;
-    ASSERT_TRUE(png.loadFromData(image_format::encode(frame, image_format::Png), "PNG"));
-    png = png.convertToFormat(QImage::Format_RGB888);
-    // Row by row: Qt leaves its own row padding uninitialised, the payload's is zero.
-    for (int y = 0; y < png.height(); ++y)
-        ASSERT_EQ(QByteArray(reinterpret_cast<const char*>(png.constScanLine(y)), 3 * png.width()),
-                  rgb.mid(2404 * y, 3 * png.width()))
-            << "row " << y;
 }
 
 // The method table with no view table behind it: the parameter rules alone.
