@@ -4,9 +4,6 @@
 #include "transport/ClientConnection.h"
 #include "FakeRouter.h"
 #include "WireHelpers.h"
-#include "transport/log_message.h"
-
-#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -57,16 +54,6 @@ TEST_F(ClientConnectionTest, SingleMessagesGoToTheirRouterEntries) {
     EXPECT_EQ(router.responses[2].id(), QJsonValue(2));
     EXPECT_TRUE(router.batches.empty());
     EXPECT_TRUE(frames.empty());
-}
-
-TEST_F(ClientConnectionTest, MalformedSingleMessageIsAnsweredWithoutTheRouter) {
-    client.receive_text_message("{not json");
-    client.receive_text_message("42");
-
-    EXPECT_TRUE(router.requests.empty());
-    ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(parse_frame(frames[0])["error"]["code"].toInt(), -32700);
-    EXPECT_EQ(parse_frame(frames[1])["error"]["code"].toInt(), -32600);
 }
 
 TEST_F(ClientConnectionTest, FramesAreDroppedWithoutRouter) {
@@ -122,20 +109,6 @@ TEST_F(ClientConnectionTest, RepeatedIdFillsTheOlderBatchFirst) {
     client.send_response(make_response(7, "second"));
     ASSERT_EQ(frames.size(), 2u);
     EXPECT_EQ(parse_frame(frames[1])[0]["result"], QJsonValue("second"));
-}
-
-TEST_F(ClientConnectionTest, BatchWithoutRequestsIsNeverAnswered) {
-    // Notifications and a malformed element: the element's error is not sent either.
-    client.receive_text_message(R"([{"jsonrpc":"2.0","method":"n1"},
-                                    {"jsonrpc":"2.0","method":"n2"}, 17])");
-    ASSERT_EQ(router.batches.size(), 1u);
-    EXPECT_EQ(router.batches[0].batch.request_count(), 2u);
-    EXPECT_TRUE(frames.empty());
-
-    // No batch is pending, so a single response still goes straight out.
-    client.send_response(make_response(1, 1));
-    ASSERT_EQ(frames.size(), 1u);
-    EXPECT_TRUE(parse_frame(frames[0]).isObject());
 }
 
 TEST_F(ClientConnectionTest, MalformedElementsLeadTheBatchAnswer) {
@@ -206,18 +179,6 @@ TEST_F(ClientConnectionTest, NotificationsAndBinaryMessagesLeaveAtOnce) {
     ASSERT_EQ(binary.size(), 2u);
     EXPECT_EQ(binary[0].size(), 8);
     EXPECT_TRUE(binary[1].isEmpty());
-}
-
-TEST(LogMessage, BlockHasATimeStampLineIndentedTextAndAnEmptyLine) {
-    std::string text;
-    {
-        CoutCapture capture;
-        log_message("first\nsecond");
-        text = capture.text();
-    }
-    const QRegularExpression block(
-        R"(^\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\n  first\n  second\n\n$)");
-    EXPECT_TRUE(block.match(QString::fromStdString(text)).hasMatch()) << text;
 }
 
 } // namespace

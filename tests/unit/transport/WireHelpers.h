@@ -9,10 +9,6 @@
 #include <QJsonValue>
 #include <QString>
 
-#include <iostream>
-#include <sstream>
-#include <streambuf>
-
 inline QJsonValue parse_frame(const QString& frame) {
     const QJsonDocument document = QJsonDocument::fromJson(frame.toUtf8());
     if (document.isArray())
@@ -33,17 +29,3 @@ inline RPCResponse make_response(const QJsonValue& id, const QJsonValue& result)
     response.set_result(result);
     return response;
 }
-
-// Collects what is written to std::cout while it lives.
-class CoutCapture {
-public:
-    CoutCapture() : old(std::cout.rdbuf(buffer.rdbuf())) {}
-    ~CoutCapture() { std::cout.rdbuf(old); }
-    CoutCapture(const CoutCapture&) = delete;
-    CoutCapture& operator=(const CoutCapture&) = delete;
-    std::string text() const { return buffer.str(); }
-
-private:
-    std::ostringstream buffer;
-    std::streambuf* old;
-};
