@@ -163,14 +163,6 @@ TEST(RPCRequestHandler, NotificationsRunButAreNeverAnswered) {
         handler.exec(request("tarvo.probe", QJsonValue::Null, QJsonValue::Null)).is_empty());
 }
 
-TEST(RPCRequestHandler, LastSection) {
-    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("tarvo.get_version")),
-              QStringLiteral("get_version"));
-    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("a.b.c")), QStringLiteral("c"));
-    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("plain")), QStringLiteral("plain"));
-    EXPECT_EQ(RPCRequestHandler::last_section(QStringLiteral("trailing.")), QString());
-}
-
 TEST(RPCMethodWrapperDefault, AcceptsOnlyAbsentOrObjectParams) {
     struct Parameterless : RPCMethodWrapper {
         QJsonValue invoke() override { return QJsonValue::Null; }
