@@ -17,13 +17,6 @@
 
 namespace {
 
-template <typename Monitor> std::unique_ptr<Monitor> first_data(int id) {
-    auto monitor = std::make_unique<Monitor>(id);
-    monitor->set_full_refresh();
-    monitor->update();
-    return monitor;
-}
-
 class ExodusMonitorTest : public ::testing::Test {
 protected:
     void SetUp() override {

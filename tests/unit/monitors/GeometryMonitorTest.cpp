@@ -17,14 +17,6 @@
 
 namespace {
 
-// A monitor as a follow-up task builds it: fresh, reporting in full.
-template <typename Monitor> std::unique_ptr<Monitor> first_data(int id) {
-    auto monitor = std::make_unique<Monitor>(id);
-    monitor->set_full_refresh();
-    monitor->update();
-    return monitor;
-}
-
 TEST(PointText, SixDecimalsJoinedByCommaAndBlank) {
     EXPECT_EQ(point_text(1, 0.5, 0), "1.000000, 0.500000, 0.000000");
     EXPECT_EQ(point_text(-2.25, 1e-7, 12345.678), "-2.250000, 0.000000, 12345.678000");

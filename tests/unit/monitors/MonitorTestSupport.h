@@ -1,6 +1,7 @@
 #pragma once
 // Helpers of the monitor tests: readable failure messages for Qt's JSON values in GoogleTest
-// expectations (PrintTo, found by ADL), the keys and text of a JSON object, and selections.
+// expectations (PrintTo, found by ADL), the keys and text of a JSON object, selections, and a
+// monitor's first data.
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,6 +10,7 @@
 
 #include "monitors/MonitorSelection.h"
 
+#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
@@ -50,4 +52,12 @@ inline MonitorSelection watching(int code, int id) {
     MonitorSelection selection;
     selection["entity"].insert({code, id});
     return selection;
+}
+
+// A monitor as a follow-up task builds it: fresh, reporting in full.
+template <typename Monitor> std::unique_ptr<Monitor> first_data(int id) {
+    auto monitor = std::make_unique<Monitor>(id);
+    monitor->set_full_refresh();
+    monitor->update();
+    return monitor;
 }
