@@ -46,6 +46,13 @@ async def exchange(client, method, params=None):
     return response.get("result"), monitor_frames(client.frames[before:-1])
 
 
+async def ok(client, line):
+    """Runs one command line that must succeed; returns the monitor frames that came with it."""
+    result, frames = await exchange(client, "cmd", {"input_string": line})
+    assert result is True, f"{line!r} failed"
+    return frames
+
+
 def events_in(frames):
     """The kernel events (TIObserve records) in monitor `frames`, in order."""
     return [event for frame in frames for method, params in frame

@@ -6,18 +6,13 @@ import math
 
 import pytest
 
-from e2e_support import exchange, gate, run
+from e2e_support import exchange, gate, ok, run
 from tarvo_client import TarvoClient
 
 BRACKET = [
     "reset", "create box 10 4 1", "create box 1 4 6 at 4.5 0 3.5", "unite volume 1 2",
     "volume all size 1", "mesh volume all", "block 1 add volume all",
 ]
-
-
-async def ok(client, line):
-    result, _ = await exchange(client, "cmd", {"input_string": line})
-    assert result is True, line
 
 
 def records(frames, entity_type, entity_id):

@@ -11,19 +11,13 @@ Nothing here waits for something not to happen."""
 
 import pytest
 
-from e2e_support import events_in, exchange, gate, run
+from e2e_support import events_in, exchange, gate, ok, run
 from tarvo_client import TarvoClient
 
 
 GEOMETRY_KEYS = {"volume", "surface", "curve", "vertex", "bodies"}
 ALL_MODEL_KEYS = GEOMETRY_KEYS | {"groups", "blocks", "sidesets", "nodesets", "fea_bcs",
                                   "cfd_bcs", "materials", "boundary_layers"}
-
-
-async def command(client, line):
-    result, frames = await exchange(client, "cmd", {"input_string": line})
-    assert result is True, f"{line!r} failed"
-    return frames
 
 
 async def watch_entity(client, entity_type, entity_id):
@@ -69,7 +63,7 @@ def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(serve
         assert await gate(b) == []
 
         # create box: A gets volume 1 and the geometry sections in one frame, B the event.
-        frames = await command(a, "create box 10")
+        frames = await ok(a, "create box 10")
         assert len(frames) == 1, frames
         (record,) = entity_records(frames[0])
         assert record["entity_type"] == "volume" and record["entity_id"] == 1
@@ -86,7 +80,7 @@ def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(serve
                               [{"event_name": "volume_created", "id": 1}])]
 
         # A second box: A's volume 1 wasn't touched, so only the model comes.
-        frames = await command(a, "create box 4 at 5 0 0")
+        frames = await ok(a, "create box 4 at 5 0 0")
         assert len(frames) == 1, frames
         assert entity_records(frames[0]) == []
         assert [node["id"] for node in model_messages(frames[0])[0]["volume"]] == [1, 2]
@@ -94,7 +88,7 @@ def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(serve
                                    [{"event_name": "volume_created", "id": 2}])]]
 
         # subtract: volume 1 survives and changes; volume 2 is gone.
-        frames = await command(a, "subtract volume 2 from volume 1")
+        frames = await ok(a, "subtract volume 2 from volume 1")
         assert len(frames) == 1, frames
         (record,) = entity_records(frames[0])
         assert record["entity_id"] == 1 and record["geometric_volume"] < 1000
@@ -119,10 +113,10 @@ def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(serve
         assert await gate(b) == []
 
         # A deleted entity goes quiet; once reset gives its id out again, it is reported.
-        frames = await command(a, "delete volume 1")
+        frames = await ok(a, "delete volume 1")
         assert len(frames) == 1 and entity_records(frames[0]) == [], frames
-        await command(a, "reset")
-        frames = await command(a, "create box 5")
+        await ok(a, "reset")
+        frames = await ok(a, "create box 5")
         (record,) = entity_records(frames[0])
         assert record["entity_id"] == 1 and record["geometric_volume"] == pytest.approx(125)
         await gate(b)
@@ -131,7 +125,7 @@ def test_each_client_gets_what_it_selected_once_per_task_before_the_answer(serve
         # starts with none.
         await a.close()
         async with await TarvoClient.connect(server.port) as c:
-            assert await command(c, "create box 1 at 3 0 0") == []
+            assert await ok(c, "create box 1 at 3 0 0") == []
         assert await gate(b) == [[("datamonitor.TIObserve",
                                    [{"event_name": "volume_created", "id": 2}])]]
         await b.close()

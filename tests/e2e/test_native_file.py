@@ -3,18 +3,11 @@ back through the query methods, and the events (tvo_file_saved, the created even
 model, tvo_file_read) through a TIObserve monitor. A truncated file is refused with the model
 left as it was."""
 
-from e2e_support import command, run
+from e2e_support import events_in, ok, run
 from tarvo_client import TarvoClient
 
 EVENTS = ["command_complete", "model_reset", "volume_created", "mesh_created",
           "tvo_file_saved", "tvo_file_read"]
-
-
-async def ok(client, line):
-    """Runs one command that must succeed; returns the kernel events of it, in order."""
-    result, events = await command(client, line)
-    assert result is True, line
-    return events
 
 
 def test_save_and_open_through_the_server(server, tmp_path):
@@ -32,7 +25,7 @@ def test_save_and_open_through_the_server(server, tmp_path):
                 await ok(client, line)
             assert await q("is_modified") is True
 
-            events = await ok(client, f"save as '{path}'")
+            events = events_in(await ok(client, f"save as '{path}'"))
             saved = [e for e in events if e["event_name"] == "tvo_file_saved"]
             assert saved == [{"event_name": "tvo_file_saved", "filename": path,
                               "is_tmp_file": False}]
@@ -40,7 +33,7 @@ def test_save_and_open_through_the_server(server, tmp_path):
 
             await ok(client, "reset")
             assert await q("get_hex_count") == 0
-            events = await ok(client, f"open '{path}'")
+            events = events_in(await ok(client, f"open '{path}'"))
             order = [e["event_name"] for e in events]
             assert order.index("model_reset") < order.index("volume_created")
             assert order[-2:] == ["tvo_file_read", "command_complete"]
