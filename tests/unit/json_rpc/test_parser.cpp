@@ -161,26 +161,6 @@ TEST(JsonRPCParser, NumbersFollowTheGrammar) {
     EXPECT_EQ(params["zero"].toDouble(-1), 0.0);
 }
 
-TEST(JsonRPCParser, BatchSizeIsBounded) {
-    const auto batch_of = [](std::size_t n) {
-        QString text = QStringLiteral("[");
-        for (std::size_t i = 0; i < n; ++i)
-            text += QStringLiteral(R"(%1{"jsonrpc":"2.0","method":"a","id":%2})")
-                        .arg(i == 0 ? "" : ",")
-                        .arg(i);
-        return text + QStringLiteral("]");
-    };
-    JsonRPCParser parser;
-    parser.parse(batch_of(JsonRPCParser::kMaxBatchElements));
-    EXPECT_EQ(parser.batch_requests().request_count(), JsonRPCParser::kMaxBatchElements);
-
-    parser.parse(batch_of(JsonRPCParser::kMaxBatchElements + 1));
-    EXPECT_FALSE(parser.is_batch());
-    ASSERT_TRUE(parser.has_errors());
-    EXPECT_EQ(parser.error().error_code(), -32000);
-    EXPECT_TRUE(parser.error().id().isNull());
-}
-
 TEST(JsonRPCParser, ResponsesFromClients) {
     const JsonRPCParser result = parsed(R"({"jsonrpc":"2.0","result":19,"id":3})");
     EXPECT_FALSE(result.has_errors());
