@@ -42,11 +42,6 @@ inline std::string cad_file(const std::string& name) {
 class GeometryTest : public test_support::KernelTest {
 protected:
     GeometryTest() : KernelTest("geometry", geometry_events()) {}
-    void SetUp() override {
-        KernelTest::SetUp();
-        output->take();
-        recorder.events.clear();
-    }
 
     // A fingerprint of the whole geometry: ids per type and the measure of every volume.
     std::string fingerprint() {

@@ -30,11 +30,6 @@ inline double tet_volume(const Point& a, const Point& b, const Point& c, const P
 class MeshTest : public test_support::KernelTest {
 protected:
     MeshTest() : KernelTest("mesh", {"mesh_created"}) {}
-    void SetUp() override {
-        KernelTest::SetUp();
-        output->take();
-        recorder.events.clear();
-    }
 
 public:
     static Point node(int id) { return TarvoInterface::get_nodal_coordinates(id); }

@@ -1,7 +1,8 @@
 #pragma once
 // Base fixture of the tests that drive a live kernel through its commands: a scratch session
-// with captured output, an event recorder (all events, or only those named), echo off, and the
-// two ways of running a line (one that must work, one that must be refused). Test thread only.
+// with captured output, an event recorder (all events, or only those named), echo off (what it
+// printed and raised cleared, so that tests compare whole sequences), and the two ways of running
+// a line (one that must work, one that must be refused). Test thread only.
 
 #include "CapturedOutput.h"
 #include "EventRecorder.h"
@@ -27,6 +28,8 @@ protected:
         ASSERT_TRUE(session.start(tag_, output));
         recorder.register_observer();
         TarvoInterface::silent_cmd("echo off");
+        output->take();
+        recorder.events.clear();
     }
     void TearDown() override {
         recorder.unregister_observer();
