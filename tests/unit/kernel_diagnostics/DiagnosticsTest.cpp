@@ -27,11 +27,6 @@ namespace {
 
 using Ids = std::vector<int>;
 
-std::string cad_file(const std::string& name) {
-    const char* dir = std::getenv("TARVO_CAD_DATA");
-    return std::string(dir ? dir : TARVO_DEFAULT_CAD_DATA) + "/" + name;
-}
-
 Ids flat(const std::vector<std::vector<int>>& groups) {
     Ids out;
     for (const auto& g : groups)
@@ -435,7 +430,7 @@ TEST_F(DiagnosticsTest, FindersRunOnRealCad) {
             std::string(ext == "brep"  ? "brep"
                         : ext == "igs" ? "iges"
                                        : "step") +
-            " '" + cad_file(file) + "'");
+            " '" + test_support::cad_file(file) + "'");
         for (const std::string& line : then)
             run(line);
         const Ids all = volumes();

@@ -103,27 +103,22 @@ TEST_F(FeTest, BadInputIsRefusedAndChangesNothing) {
     run("block 1 attribute count 1");
     run("sideset 1 add surface 1");
     const std::string before = dump();
-    const struct {
-        const char* line;
-        const char* says;
-    } cases[] = {
-        {"block 0 add volume 2", "positive"},
-        {"block 1 add curve 1", "3D"},
-        {"block 2 add volume 1", "in block 1 already"},
-        {"block 1 element type QUAD4", "2D"},
-        {"block 1 element type BRICK", "unknown element type"},
-        {"block 3 name 'x'", "does not exist"},
-        {"block 1 attribute index 2 value 1", "index 2"},
-        {"block 1 attribute count -1", "0 to 1000"},
-        {"sideset 2 add curve 1", "holds surfaces"},
-        {"sideset 1 add surface 1 wrt volume 2", "not on volume 2"},
-        {"nodeset 1 add hex 1", "geometry or nodes"},
-        {"export mesh 'no/such/dir/out.e'", "does not exist"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_NE(rejected(c.line).find(c.says), std::string::npos) << c.line;
-        EXPECT_EQ(dump(), before) << c.line;
-    }
+    expect_refused(
+        {
+            {"block 0 add volume 2", "positive"},
+            {"block 1 add curve 1", "3D"},
+            {"block 2 add volume 1", "in block 1 already"},
+            {"block 1 element type QUAD4", "2D"},
+            {"block 1 element type BRICK", "unknown element type"},
+            {"block 3 name 'x'", "does not exist"},
+            {"block 1 attribute index 2 value 1", "index 2"},
+            {"block 1 attribute count -1", "0 to 1000"},
+            {"sideset 2 add curve 1", "holds surfaces"},
+            {"sideset 1 add surface 1 wrt volume 2", "not on volume 2"},
+            {"nodeset 1 add hex 1", "geometry or nodes"},
+            {"export mesh 'no/such/dir/out.e'", "does not exist"},
+        },
+        dump);
     const std::string long_name(81, 'n');
     EXPECT_NE(rejected("block 1 name '" + long_name + "'").find("80"), std::string::npos);
     EXPECT_EQ(dump(), before);

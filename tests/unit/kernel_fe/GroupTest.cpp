@@ -94,24 +94,19 @@ TEST_F(GroupTest, BadInputIsRefusedAndChangesNothing) {
     run("create group 'b'");
     run("group 'b' add group 1 volume 1");
     const std::string before = dump();
-    const struct {
-        const char* line;
-        const char* says;
-    } cases[] = {
-        {"create group 'a'", "exists already"},
-        {"create group 'two words'", "no blanks"},
-        {"group 'a' add group 1", "cannot hold itself"},
-        {"group 'a' add group 2", "cycle"},
-        {"group 'zz' add volume 1", "no group is named"},
-        {"group 9 add volume 1", "does not exist"},
-        {"group 'a' add volume 99", "the list names no entity"},
-        {"group 'a' add volume 1 group 2", "cycle"}, // all or nothing: volume 1 stays out
-        {"group 'a' frobnicate volume 1", "add or remove"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_NE(rejected(c.line).find(c.says), std::string::npos) << c.line;
-        EXPECT_EQ(dump(), before) << c.line;
-    }
+    expect_refused(
+        {
+            {"create group 'a'", "exists already"},
+            {"create group 'two words'", "no blanks"},
+            {"group 'a' add group 1", "cannot hold itself"},
+            {"group 'a' add group 2", "cycle"},
+            {"group 'zz' add volume 1", "no group is named"},
+            {"group 9 add volume 1", "does not exist"},
+            {"group 'a' add volume 99", "the list names no entity"},
+            {"group 'a' add volume 1 group 2", "cycle"}, // all or nothing: volume 1 stays out
+            {"group 'a' frobnicate volume 1", "add or remove"},
+        },
+        dump);
     TI::add_entity_to_group(1, 2, "group");
     TI::add_entity_to_group(1, 99, "volume");
     EXPECT_EQ(dump(), before);

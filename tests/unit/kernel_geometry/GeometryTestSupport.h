@@ -34,10 +34,7 @@ inline std::set<std::string> geometry_events() {
     // clang-format on
 }
 
-inline std::string cad_file(const std::string& name) {
-    const char* dir = std::getenv("TARVO_CAD_DATA");
-    return (std::filesystem::path(dir && *dir ? dir : TARVO_DEFAULT_CAD_DATA) / name).string();
-}
+using test_support::cad_file;
 
 class GeometryTest : public test_support::KernelTest {
 protected:

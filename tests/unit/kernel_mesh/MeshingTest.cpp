@@ -174,10 +174,7 @@ TEST_F(MeshingTest, SweepsGiveHexesOnlyWithTheLayersAsked) {
 }
 
 TEST_F(MeshingTest, AutoMeshesAnImportedAssemblyConformingly) {
-    const char* dir = std::getenv("TARVO_CAD_DATA");
-    const std::string file =
-        std::string(dir && *dir ? dir : TARVO_DEFAULT_CAD_DATA) + "/as1-tu-203.stp";
-    run("import step '" + file + "'");
+    run("import step '" + test_support::cad_file("as1-tu-203.stp") + "'");
     run("imprint all");
     run("merge all");
     run("volume all size 5");

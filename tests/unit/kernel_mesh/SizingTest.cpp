@@ -227,30 +227,26 @@ TEST_F(SizingTest, RefusedInputChangesNothing) {
     run("create box 10");
     run("volume 1 size 2");
     run("curve 1 bias 2");
-    const std::string before = settings();
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"volume 1 size 0", "at least"},
-        {"volume 1 size -1", "at least"},
-        {"volume 1 size 1e8", ""},
-        {"volume 1 size auto factor 11", "1 (fine) to 10"},
-        {"curve 1 interval 0", "from 1"},
-        {"curve 1 interval 2.5", ""},
-        {"curve 1 bias 0", "bias factor"},
-        {"curve 1 bias 2 start vertex 99", "not an end"},
-        {"surface 1 bias 2", "curves"},
-        {"vertex 1 size 1", "volumes, surfaces and curves, not on vertex 1"},
-        {"volume 1 scheme hexmesh", "volume schemes: map submap sweep"},
-        {"surface 1 scheme sweep", "not a surface scheme"},
-        {"volume 1 scheme sweep source 1 target 1", "different"},
-        {"volume 1 scheme map source 1", "unexpected"},
-        {"set tetmesher growth 0.5", "from 1"},
-        {"volume 1 size 3 extra", "unexpected"},
-    };
-    for (const auto& [line, says] : cases) {
-        const std::string text = rejected(line);
-        EXPECT_NE(text.find(says), std::string::npos) << line << ": " << text;
-        EXPECT_EQ(settings(), before) << line;
-    }
+    expect_refused(
+        {
+            {"volume 1 size 0", "at least"},
+            {"volume 1 size -1", "at least"},
+            {"volume 1 size 1e8", ""},
+            {"volume 1 size auto factor 11", "1 (fine) to 10"},
+            {"curve 1 interval 0", "from 1"},
+            {"curve 1 interval 2.5", ""},
+            {"curve 1 bias 0", "bias factor"},
+            {"curve 1 bias 2 start vertex 99", "not an end"},
+            {"surface 1 bias 2", "curves"},
+            {"vertex 1 size 1", "volumes, surfaces and curves, not on vertex 1"},
+            {"volume 1 scheme hexmesh", "volume schemes: map submap sweep"},
+            {"surface 1 scheme sweep", "not a surface scheme"},
+            {"volume 1 scheme sweep source 1 target 1", "different"},
+            {"volume 1 scheme map source 1", "unexpected"},
+            {"set tetmesher growth 0.5", "from 1"},
+            {"volume 1 size 3 extra", "unexpected"},
+        },
+        settings);
 }
 
 TEST_F(SizingTest, UndoAndCompressIdsKeepSettingsOnTheirEntities) {

@@ -11,10 +11,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace test_support {
 
@@ -39,6 +43,17 @@ protected:
         ASSERT_TRUE(TarvoInterface::cmd(line.c_str())) << line << "\n" << output->all();
     }
     std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
+    // Each line of (line, text) is refused with one error holding the text, and `state` answers
+    // afterwards what it answered before.
+    void expect_refused(const std::vector<std::pair<std::string, std::string>>& cases,
+                        const std::function<std::string()>& state) {
+        const std::string before = state();
+        for (const auto& [line, says] : cases) {
+            const std::string error = rejected(line);
+            EXPECT_NE(error.find(says), std::string::npos) << line << ": " << error;
+            EXPECT_EQ(state(), before) << line;
+        }
+    }
 
     std::shared_ptr<CapturedOutput> output = std::make_shared<CapturedOutput>();
     EventRecorder recorder;
@@ -47,5 +62,13 @@ protected:
 private:
     std::string tag_;
 };
+
+#ifdef TARVO_DEFAULT_CAD_DATA
+// A file of the CAD test data ($TARVO_CAD_DATA, or the folder the build names).
+inline std::string cad_file(const std::string& name) {
+    const char* dir = std::getenv("TARVO_CAD_DATA");
+    return (std::filesystem::path(dir && *dir ? dir : TARVO_DEFAULT_CAD_DATA) / name).string();
+}
+#endif
 
 } // namespace test_support
