@@ -199,10 +199,8 @@ TEST_F(NativeFileTest, SaveResetOpenGivesBackEveryAnswer) {
     ASSERT_EQ(shared, 1);
     const std::string before = Dump().text();
 
-    recorder.events.clear();
+    // The saved and read events and the modified flag are tests/e2e/test_native_file.py's.
     run("save as 'model.tvo'");
-    EXPECT_FALSE(TI::is_modified());
-    EXPECT_EQ(recorder.count("tvo_file_saved model.tvo 0"), 1u);
     run("reset");
     run("graphics mode smoothshade");
     ASSERT_EQ(TI::get_volume_count(), 0);
@@ -210,13 +208,10 @@ TEST_F(NativeFileTest, SaveResetOpenGivesBackEveryAnswer) {
     recorder.events.clear();
     run("open 'model.tvo'");
     EXPECT_EQ(Dump().text(), before);
-    EXPECT_FALSE(TI::is_modified());
     EXPECT_EQ(TI::number_undo_commands(), 0);
     EXPECT_EQ(recorder.count("volume_created 1"), 1u);
     EXPECT_EQ(recorder.count("mesh_created volume 2"), 1u);
     EXPECT_EQ(recorder.count("group_created 2"), 1u);
-    ASSERT_FALSE(recorder.events.empty());
-    EXPECT_EQ(recorder.events.end()[-2], "tvo_file_read model.tvo"); // then command_complete
 
     // Meshing goes on: the cylinder conforms to nothing, and its ids follow the highest ever.
     const int nodes = TI::get_node_count();
