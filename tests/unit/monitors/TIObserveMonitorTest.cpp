@@ -77,13 +77,6 @@ TEST(TIObserveMonitor, EachClientGetsItsOwnEventsInOneMessage) {
     EXPECT_TRUE(monitor.get_notifications(c).empty());
 }
 
-TEST(TIObserveMonitor, NoEventsNoMessage) {
-    TIObserveMonitor monitor({11});
-    EXPECT_TRUE(monitor.get_notifications(events_selected({"volume_created"})).empty());
-    monitor.update();
-    EXPECT_TRUE(monitor.get_notifications(events_selected({"volume_created"})).empty());
-}
-
 TEST(TIObserveMonitor, NewWorkingDirectoryMonitorReportsTheDirectoryOnce) {
     const QJsonObject directory_event{
         {"event_name", "working_directory_changed"},
