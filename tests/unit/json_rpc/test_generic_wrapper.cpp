@@ -38,35 +38,6 @@ TEST(GenericWrapper, ParameterlessAcceptsNullOrAnyObjectOnly) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST(GenericWrapper, NamedParamsByTheirRules) {
-    std::string seen_name;
-    std::vector<int> seen_ids{7};
-    bool seen_flag = false;
-    GenericRPCMethodWrapper<bool(const std::string&, const std::vector<int>&, bool)> rename(
-        [&](const std::string& name, const std::vector<int>& ids, bool flag) {
-            seen_name = name;
-            seen_ids = ids;
-            seen_flag = flag;
-            return true;
-        },
-        {param("name"), param("ids"), param("quiet")});
-
-    // Order in the object plays no part; unknown members are ignored.
-    ASSERT_TRUE(rename.process_params(
-        json(R"({"quiet":true,"extra":"x","ids":[],"name":"part\u0000tail"})")));
-    EXPECT_EQ(rename.invoke(), QJsonValue(true));
-    EXPECT_EQ(seen_name, "part");
-    EXPECT_TRUE(seen_ids.empty()) << "an empty list reaches the function as an empty vector";
-    EXPECT_TRUE(seen_flag);
-
-    EXPECT_FALSE(rename.process_params(json(R"({"name":"a","ids":[1],"quiet":1})")));
-    EXPECT_FALSE(rename.process_params(json(R"({"name":"a","ids":[1.5],"quiet":true})")));
-    EXPECT_FALSE(rename.process_params(json(R"({"name":3,"ids":[1],"quiet":true})")));
-    // Positional params are refused even when they would fit.
-    EXPECT_FALSE(rename.process_params(json(R"(["a",[1],true])")));
-    EXPECT_FALSE(rename.process_params(QJsonValue::Null));
-}
-
 TEST(GenericWrapper, MissingNameFoundBeforeAnyConversion) {
     conversions = 0;
     GenericRPCMethodWrapper<int(Traced, Traced)> add(

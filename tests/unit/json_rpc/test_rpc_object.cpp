@@ -59,22 +59,6 @@ TEST(RPCRequest, NotificationsAndParams) {
     EXPECT_TRUE(request.is_notification());
 }
 
-TEST(RPCResponse, EchoesTheRequestIdExactly) {
-    // Integer ids must go out as integers: a client matching "7" must not receive "7.0".
-    const RPCResponse seven(request_with_id("tarvo.get_version", 7));
-    EXPECT_TRUE(seven.to_json_string().contains("\"id\":7"));
-    EXPECT_FALSE(seven.to_json_string().contains("7.0"));
-
-    for (const QJsonValue& id :
-         {QJsonValue(QStringLiteral("a-1")), QJsonValue(1.5), QJsonValue(-3),
-          QJsonValue(QJsonValue::Null), QJsonValue(qint64(9007199254740991LL))}) {
-        RPCResponse response(request_with_id("tarvo.get_version", id));
-        response.set_result(true);
-        EXPECT_EQ(response.id(), id);
-        EXPECT_EQ(wire(response.to_json_string())[QLatin1String("id")], id);
-    }
-}
-
 TEST(RPCResponse, ErrorsCarryCodeTextAndOptionalData) {
     const struct {
         ErrorCode code;
