@@ -10,6 +10,8 @@
 #include <fstream>
 
 using namespace tarvo::kernel;
+using session_test::eval;
+using session_test::eval_error;
 using session_test::SessionTest;
 
 namespace {
@@ -20,14 +22,6 @@ std::string repeat(const std::string& text, int times) {
         out += text;
     }
     return out;
-}
-
-std::string eval_error(Valfold& valfold, const std::string& text) {
-    ValfoldValue value;
-    bool defined = false;
-    std::string error_text;
-    EXPECT_FALSE(valfold.evaluate(text, value, defined, error_text)) << text.substr(0, 80);
-    return error_text;
 }
 
 TEST(ValfoldLimits, DeepOrNonFiniteExpressionsAreRefusedNotEvaluated) {
@@ -53,13 +47,7 @@ TEST(ValfoldLimits, DeepOrNonFiniteExpressionsAreRefusedNotEvaluated) {
     }
     // Nesting below the limit still evaluates.
     Valfold v;
-    ValfoldValue value;
-    bool defined = false;
-    std::string error_text;
-    ASSERT_TRUE(
-        v.evaluate(repeat("(", 190) + "-2" + repeat(")", 190) + "^2", value, defined, error_text))
-        << error_text;
-    EXPECT_EQ(value.number, 4);
+    EXPECT_EQ(eval(v, repeat("(", 190) + "-2" + repeat(")", 190) + "^2"), 4);
 }
 
 TEST(ValfoldLimits, StringsAndVariablesAreBounded) {

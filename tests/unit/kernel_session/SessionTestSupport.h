@@ -8,6 +8,7 @@
 #include "core/Session.h"
 #include "core/SessionState.h"
 #include "core/Undo.h"
+#include "core/Valfold.h"
 #include "tarvo/TarvoInterface.h"
 #include "tarvo_util/TarvoFileUtil.h"
 #include "tarvo_util/TarvoMessage.h"
@@ -31,6 +32,26 @@ using CapturingHandler = test_support::CapturedOutput;
 
 // Every event, as text in arrival order ("volume_created 1").
 using RecordingObserver = test_support::EventRecorder;
+
+// The number an expression that must evaluate gives.
+inline double eval(tarvo::kernel::Valfold& valfold, const std::string& text) {
+    tarvo::kernel::ValfoldValue value;
+    bool defined = false;
+    std::string error_text;
+    EXPECT_TRUE(valfold.evaluate(text, value, defined, error_text))
+        << text.substr(0, 80) << ": " << error_text;
+    EXPECT_FALSE(value.is_string) << text.substr(0, 80);
+    return value.number;
+}
+
+// The error of an expression that must fail.
+inline std::string eval_error(tarvo::kernel::Valfold& valfold, const std::string& text) {
+    tarvo::kernel::ValfoldValue value;
+    bool defined = false;
+    std::string error_text;
+    EXPECT_FALSE(valfold.evaluate(text, value, defined, error_text)) << text.substr(0, 80);
+    return error_text;
+}
 
 // A tiny model: volumes, each bounded by surfaces, with names; snapshots copy it whole.
 class FakeModel : public tarvo::kernel::EntityCatalog, public tarvo::kernel::UndoParticipant {

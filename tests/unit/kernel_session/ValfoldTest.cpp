@@ -9,26 +9,11 @@
 #include <numbers>
 
 using namespace tarvo::kernel;
+using session_test::eval;
+using session_test::eval_error;
 using session_test::SessionTest;
 
 namespace {
-
-double eval(Valfold& valfold, std::string_view text) {
-    ValfoldValue value;
-    bool defined = false;
-    std::string error_text;
-    EXPECT_TRUE(valfold.evaluate(text, value, defined, error_text)) << text << ": " << error_text;
-    EXPECT_FALSE(value.is_string) << text;
-    return value.number;
-}
-
-std::string eval_error(Valfold& valfold, std::string_view text) {
-    ValfoldValue value;
-    bool defined = false;
-    std::string error_text;
-    EXPECT_FALSE(valfold.evaluate(text, value, defined, error_text)) << text;
-    return error_text;
-}
 
 TEST(Valfold, ArithmeticFunctionsAndConstants) {
     const struct {
