@@ -11,8 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -294,27 +292,6 @@ TEST_F(NativeFileTest, RefusedFilesAndFailedSavesChangeNothing) {
               (std::vector<std::string>{"cut.tvo", "damaged.tvo", "newer.tvo", "notes.txt", "ro",
                                         "small.tvo"}));
     EXPECT_EQ(listing(session.dir() / "ro"), std::vector<std::string>{"keep.tvo"});
-}
-
-// A measure, not a check of speed: run with --gtest_also_run_disabled_tests to see the size and
-// the seconds of a 100,000-hex model.
-TEST_F(NativeFileTest, DISABLED_LargeModelSizeAndSeconds) {
-    run("create box 10");
-    run("volume 1 interval 46"); // 46^3 = 97,336 hexes
-    run("mesh volume 1");
-    run("block 1 add volume 1");
-    const int hexes = TI::get_hex_count();
-    const auto seconds = [&](const std::string& line) {
-        const auto start = std::chrono::steady_clock::now();
-        run(line);
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    };
-    const double save = seconds("save as 'big.tvo'");
-    run("reset");
-    const double open = seconds("open 'big.tvo'");
-    EXPECT_EQ(TI::get_hex_count(), hexes);
-    std::printf("%d hexes: %.1f MiB, save %.3f s, open %.3f s\n", hexes,
-                fs::file_size(session.dir() / "big.tvo") / 1048576.0, save, open);
 }
 
 } // namespace
