@@ -256,9 +256,11 @@ class TarvoClient:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_CLIENT)
             context.check_hostname = False
             context.verify_mode = ssl.CERT_NONE
+        # Frames of a view reach megabytes: a read buffer of 64 KiB, the library's default,
+        # pauses the socket many times for each.
         websocket = await websockets.connect(url, ssl=context, open_timeout=open_timeout,
                                              max_size=None, compression=None, ping_interval=None,
-                                             origin=origin)
+                                             origin=origin, read_limit=2**24)
         return cls(websocket)
 
     async def close(self):
