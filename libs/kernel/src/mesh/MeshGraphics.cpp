@@ -71,34 +71,46 @@ private:
     std::set<std::pair<int, int>> edges_;
 };
 
-// The sides of a volume's elements that no other element of it shares, in the elements' own
-// order (outward for a valid element).
+// Sides of solids met once: a side that two of the solids added share is inside and drops out.
+// Each side keeps its corners in its element's order (outward for a valid element) and what the
+// caller attached to it.
+template <class Tag> class OnceSides {
+public:
+    void add(ElemKind kind, const int* corners, Tag tag) {
+        for (const auto& side : kernel::mesh::topology(kind).faces) {
+            std::vector<int> nodes;
+            for (int k : side)
+                nodes.push_back(corners[k]);
+            std::vector<int> key = nodes;
+            std::sort(key.begin(), key.end());
+            if (const auto it = once_.find(key); it != once_.end())
+                once_.erase(it);
+            else
+                once_.emplace(std::move(key), std::make_pair(std::move(nodes), tag));
+        }
+    }
+    const std::map<std::vector<int>, std::pair<std::vector<int>, Tag>>& sides() const {
+        return once_;
+    }
+
+private:
+    std::map<std::vector<int>, std::pair<std::vector<int>, Tag>> once_;
+};
+
+// The sides of a volume's elements that no other element of it shares.
 std::vector<std::vector<int>> outer_sides(const MeshPiece& piece) {
-    std::map<std::vector<int>, std::vector<int>> once;
+    OnceSides<bool> once;
     for (const auto& block : piece.blocks) {
         const auto& info = kernel::mesh::info(block.kind);
         if (info.dim != 3)
             continue;
-        const auto& sides = kernel::mesh::topology(block.kind).faces;
-        for (int e = 0; e < block.count(); ++e) {
-            const int* corners = block.conn.data() + e * info.nodes;
-            for (const auto& side : sides) {
-                std::vector<int> nodes;
-                for (int k : side)
-                    nodes.push_back(corners[k]);
-                std::vector<int> key = nodes;
-                std::sort(key.begin(), key.end());
-                if (const auto it = once.find(key); it != once.end())
-                    once.erase(it);
-                else
-                    once.emplace(std::move(key), std::move(nodes));
-            }
-        }
+        for (int e = 0; e < block.count(); ++e)
+            once.add(block.kind, block.conn.data() + e * info.nodes, true);
     }
     std::vector<std::vector<int>> out;
-    out.reserve(once.size());
-    for (auto& [key, nodes] : once)
-        out.push_back(std::move(nodes));
+    out.reserve(once.sides().size());
+    for (const auto& [key, side] : once.sides())
+        out.push_back(side.first);
     return out;
 }
 
@@ -277,8 +289,7 @@ bool quality_drawing(QualityDrawing& out) {
         drawing.metric = drawn.metric;
         drawing.low_is_bad = drawn.low_is_bad;
         Collector collect(drawing.mesh);
-        // Sides of solids, by their sorted corners: a side two drawn solids share is inside.
-        std::map<std::vector<int>, std::pair<std::vector<int>, double>> sides;
+        OnceSides<double> sides;
         std::vector<int> edge_elements;
         bool first = true;
         for (std::size_t i = 0; i < drawn.elements.size(); ++i) {
@@ -293,17 +304,7 @@ bool quality_drawing(QualityDrawing& out) {
             const int* corners = element->nodes();
             const auto& info = kernel::mesh::info(kind);
             if (info.dim == 3) {
-                for (const auto& side : kernel::mesh::topology(kind).faces) {
-                    std::vector<int> nodes;
-                    for (int k : side)
-                        nodes.push_back(corners[k]);
-                    std::vector<int> key = nodes;
-                    std::sort(key.begin(), key.end());
-                    if (const auto it = sides.find(key); it != sides.end())
-                        sides.erase(it);
-                    else
-                        sides.emplace(std::move(key), std::make_pair(std::move(nodes), value));
-                }
+                sides.add(kind, corners, value);
             } else if (info.dim == 2) {
                 collect.face({corners, corners + info.nodes});
                 drawing.face_values.push_back(static_cast<float>(value));
@@ -313,7 +314,7 @@ bool quality_drawing(QualityDrawing& out) {
                 drawing.edge_values.push_back(static_cast<float>(value));
             }
         }
-        for (const auto& [key, side] : sides) {
+        for (const auto& [key, side] : sides.sides()) {
             collect.face(side.first);
             drawing.face_values.push_back(static_cast<float>(side.second));
         }
