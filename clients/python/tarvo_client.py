@@ -215,8 +215,9 @@ class _Inbox:
 class TarvoClient:
     """One connection to a server. Create it with `await TarvoClient.connect(...)`.
 
-    All received frames are also recorded in order in `frames` (str for text, bytes for binary),
-    so a caller can check exactly what the server sent."""
+    Received frames are also recorded in order in `frames` (str for text, bytes for binary),
+    so a caller can check exactly what the server sent; the images of this client's own views
+    are left out (they go to their View, and a stream of them would fill the memory)."""
 
     def __init__(self, websocket):
         self.ws = websocket
@@ -411,10 +412,11 @@ class TarvoClient:
     async def _read(self):
         try:
             async for frame in self.ws:
-                self.frames.append(frame)
                 if isinstance(frame, bytes):
-                    self._on_binary(frame)
+                    if not self._on_binary(frame):
+                        self.frames.append(frame)
                 else:
+                    self.frames.append(frame)
                     self._on_text(frame)
         except websockets.ConnectionClosed:
             pass
@@ -425,6 +427,7 @@ class TarvoClient:
                     future.set_exception(closed)
 
     def _on_binary(self, payload):
+        """Answers whether the payload was an image of one of this client's views."""
         if self._header is not None:
             method, params = self._header
             self._header = None
@@ -433,6 +436,8 @@ class TarvoClient:
             if message.name == "graphics.image_data":
                 view = self._views.get(params.get("id"))
             (view._images if view is not None else self._binary).put(message)
+            return view is not None
+        return False
 
     def _on_text(self, text):
         try:
