@@ -13,9 +13,8 @@
 #include <vtkActor.h>
 #include <vtkActor2D.h>
 #include <vtkCallbackCommand.h>
-#include <vtkCompositeDataDisplayAttributes.h>
-#include <vtkCompositePolyDataMapper2.h>
 #include <vtkPolyData.h>
+#include <vtkPolyDataMapper.h>
 #include <vtkRenderer.h>
 #include <vtkScalarBarActor.h>
 #include <vtkSmartPointer.h>
@@ -151,10 +150,10 @@ struct GTarvoModelSet::Impl {
         }
     };
 
-    // The pieces are drawn in kChunks groups, fixed by their key: per group and role one actor,
-    // each piece a block of it. A frame costs far more per actor than per triangle, while a
-    // changed piece makes its group's actors upload again, so a change costs a share of the
-    // model, not all of it.
+    // The pieces are drawn in kChunks groups, fixed by their key: per group and role one actor
+    // drawing the group's shown pieces joined into one polydata (one draw call). A frame costs
+    // far more per draw call than per triangle, while a changed piece makes its group's actors
+    // join and upload again, so a change costs a share of the model, not all of it.
     static constexpr int kChunks = 8;
     static int chunk_of(const PieceKey& key) {
         return static_cast<int>(
@@ -162,8 +161,7 @@ struct GTarvoModelSet::Impl {
     }
     struct RoleActor {
         vtkSmartPointer<vtkActor> actor;
-        vtkSmartPointer<vtkCompositePolyDataMapper2> mapper;
-        vtkSmartPointer<vtkCompositeDataDisplayAttributes> attributes;
+        vtkSmartPointer<vtkPolyDataMapper> mapper;
     };
     struct ViewEntry {
         GView* view = nullptr;
