@@ -424,6 +424,22 @@ TEST_F(ModelSet, ACommandRebuildsOnlyWhatItChangedAndAsksOnce) {
     run("list volume 1");
     EXPECT_TRUE(asked.empty());
 
+    // Public view functions end no command: the camera's reset is asked for, a query is not,
+    // and flush_graphics asks even with nothing changed.
+    tarvo::graphics::set_camera({{0, 0, 0}, {5, 0, 10}, {0, 1, 0}});
+    view->render();
+    asked.clear();
+    TarvoInterface::reset_camera();
+    EXPECT_EQ(asked, std::vector<unsigned long>{5});
+    view->render();
+    asked.clear();
+    TarvoInterface::get_view_from();
+    EXPECT_TRUE(asked.empty());
+    TarvoInterface::flush_graphics();
+    EXPECT_EQ(asked, std::vector<unsigned long>{5});
+    view->render();
+    asked.clear();
+
     // A colour is no rebuild, but a request.
     run("color volume 3 green");
     EXPECT_EQ(asked, std::vector<unsigned long>{5});

@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -112,5 +113,12 @@ struct ViewCamera {
 bool get_camera(ViewCamera& camera);
 // Moved by a view's input; no event (views compare the camera before each render).
 void set_camera(const ViewCamera& camera);
+
+// Called after each public function of the view family that may change what views show (the
+// camera, modes, drawing sets, selection): those have no event, and only commands end with
+// `command_complete`. `redraw` is true for `flush_graphics`, which asks every view to draw
+// again whatever changed. One listener per `owner`; an empty function removes it. Listeners are
+// called on the kernel thread and must not register or remove listeners.
+void set_view_listener(const void* owner, std::function<void(bool redraw)> listener);
 
 } // namespace tarvo::graphics

@@ -26,11 +26,15 @@ template <class T, class Body> T with_view(const char* name, T fallback, Body bo
     return tarvo::kernel::guarded(name, std::move(fallback), [&] { return body(*v); });
 }
 
-template <class Body> void with_view(const char* name, Body body) {
+// The functions that answer nothing are the ones that change the state (or print it): views are
+// told afterwards, as commands tell them by ending.
+template <class Body> void with_view(const char* name, Body body, bool redraw = false) {
     with_view(name, 0, [&](ViewState& v) {
         body(v);
         return 0;
     });
+    if (tarvo::kernel::view_state())
+        tarvo::kernel::view_functions_ran(redraw);
 }
 
 } // namespace
@@ -63,7 +67,8 @@ void reset_camera() {
 }
 
 void flush_graphics() {
-    with_view("flush_graphics", [](ViewState& v) { ++v.redraw_requests; });
+    with_view(
+        "flush_graphics", [](ViewState&) {}, true);
 }
 
 // ---- Drawing -----------------------------------------------------------------------------------

@@ -6,7 +6,34 @@
 #include "tarvo/KernelGraphics.h"
 #include "view/ViewState.h"
 
+#include <map>
+
+namespace {
+
+std::map<const void*, std::function<void(bool)>>& view_listeners() {
+    static std::map<const void*, std::function<void(bool)>> listeners;
+    return listeners;
+}
+
+} // namespace
+
+namespace tarvo::kernel {
+
+void view_functions_ran(bool redraw) {
+    for (const auto& [owner, listener] : view_listeners())
+        listener(redraw);
+}
+
+} // namespace tarvo::kernel
+
 namespace tarvo::graphics {
+
+void set_view_listener(const void* owner, std::function<void(bool redraw)> listener) {
+    if (listener)
+        view_listeners()[owner] = std::move(listener);
+    else
+        view_listeners().erase(owner);
+}
 
 std::vector<std::pair<std::string, int>> drawing_set(const std::string& name) {
     kernel::ViewState* view = kernel::view_state();

@@ -136,8 +136,6 @@ public:
     // Points the camera at the centre of the visible model's bounding box, down -z with +y up, far
     // enough that the box's bounding sphere fits a 30 degree view angle.
     void reset_camera();
-    // Incremented by flush_graphics(): views redraw when it changed since they last looked.
-    long redraw_requests = 0;
 
     // ---- Model changes -------------------------------------------------------------------------
     // Called by the model watcher: the entity is gone; everything that named it forgets it.
@@ -163,6 +161,8 @@ void init_view_module();
 void shutdown_view_module();
 void register_view_commands();
 void register_view_file_section(); // ViewFile.cpp
+// Tells the graphics library's listeners that a public view function ran (ViewGraphics.cpp).
+void view_functions_ran(bool redraw);
 
 // Whether (type, id) exists according to the catalog that handles the type.
 bool entity_exists(const std::string& type, int id);

@@ -74,6 +74,12 @@ GTarvoModelSet::Impl::Impl(GTarvoModelSet& owner)
         highlights.insert({TI::get_selected_type(i), TI::get_selected_id(i)});
     tg::get_camera(camera_seen);
     observer.register_observer();
+    // Public view functions (reset_camera, set_rendering_mode, ...) emit no event and end no
+    // command: after each, compare as at the end of a command.
+    tg::set_view_listener(this, [this](bool redraw) {
+        pending = pending || redraw;
+        after_change(true);
+    });
 }
 
 auto GTarvoModelSet::Impl::entry_of(const GView* view) -> ViewEntry* {
@@ -574,6 +580,7 @@ GTarvoModelSet::~GTarvoModelSet() {
     if (dynamic_cast<KernelPicker*>(GPickerBase::picker()))
         GPickerBase::set_picker(nullptr);
     impl_->observer.unregister_observer();
+    tg::set_view_listener(impl_.get(), nullptr);
     // Views still bound forget this set (which detaches them here).
     while (!impl_->views.empty())
         impl_->views.back().view->set_model_set(nullptr);
