@@ -34,6 +34,13 @@ Ids flat(const std::vector<std::vector<int>>& groups) {
     return out;
 }
 
+// The list a finder that reports through an out parameter fills.
+Ids filled(void (*finder)(const Ids&, Ids&), const Ids& volumes) {
+    Ids out;
+    finder(volumes, out);
+    return out;
+}
+
 // Every finder, over a list of volumes, answering the ids it reports (pairs flattened).
 const std::map<std::string, std::function<Ids(const Ids&)>>& finders() {
     static const std::map<std::string, std::function<Ids(const Ids&)>> table = {
@@ -51,35 +58,19 @@ const std::map<std::string, std::function<Ids(const Ids&)>>& finders() {
              Ids a, b;
              std::vector<double> d, area;
              ti::get_volume_gaps(v, a, b, d, area, 0.01, 5, 0);
-             a.insert(a.end(), b.begin(), b.end());
-             return a;
+             return flat({a, b});
          }},
         {"overlapping surfaces",
          [](const Ids& v) {
              Ids a, b;
              std::vector<double> d, area;
              ti::get_overlapping_surfaces_in_volumes(v, a, b, d, area, false, false, 0);
-             a.insert(a.end(), b.begin(), b.end());
-             return a;
+             return flat({a, b});
          }},
-        {"floating volumes",
-         [](const Ids& v) {
-             Ids out;
-             ti::find_floating_volumes(v, out);
-             return out;
-         }},
+        {"floating volumes", [](const Ids& v) { return filled(ti::find_floating_volumes, v); }},
         {"nonmanifold vertices",
-         [](const Ids& v) {
-             Ids out;
-             ti::find_nonmanifold_vertices(v, out);
-             return out;
-         }},
-        {"nonmanifold curves",
-         [](const Ids& v) {
-             Ids out;
-             ti::find_nonmanifold_curves(v, out);
-             return out;
-         }},
+         [](const Ids& v) { return filled(ti::find_nonmanifold_vertices, v); }},
+        {"nonmanifold curves", [](const Ids& v) { return filled(ti::find_nonmanifold_curves, v); }},
         {"bad geometry",
          [](const Ids& v) {
              Ids b, vol, s, c;
@@ -91,8 +82,7 @@ const std::map<std::string, std::function<Ids(const Ids&)>>& finders() {
              Ids large, small;
              std::vector<double> la, sa;
              ti::get_sharp_curve_angles(v, large, small, la, sa, 300, 10);
-             large.insert(large.end(), small.begin(), small.end());
-             return large;
+             return flat({large, small});
          }},
     };
     return table;

@@ -427,12 +427,6 @@ TEST_F(MeshingTest, InterruptStopsBetweenVolumesAndLeavesNothingHalfMeshed) {
         EXPECT_FALSE(TarvoInterface::is_meshed("volume", v));
 }
 
-} // namespace
-} // namespace mesh_test
-
-namespace mesh_test {
-namespace {
-
 double worst_scaled_jacobian(int volume) {
     double mn = 0, mx = 0, mean = 0, sd = 0;
     int imin = 0, imax = 0, group = 0;
