@@ -73,9 +73,10 @@ def keep_frame_memory():
         return
     _frame_memory_kept = True
     name = ctypes.util.find_library("c")
+    if not name:
+        return
     try:
-        libc = ctypes.CDLL(name) if name else None
-        mallopt = libc.mallopt if libc is not None else None
+        mallopt = ctypes.CDLL(name).mallopt
     except (OSError, AttributeError):  # no C library or not glibc
         return
     m_trim_threshold, m_mmap_threshold = -1, -3
