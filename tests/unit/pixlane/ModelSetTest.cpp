@@ -341,32 +341,39 @@ TEST_F(ModelSet, MeshEdgesAppearAlongTheGridLines) {
     run("volume 1 scheme map");
     look({0, 0, 20}, 6);
     // Grid lines of the front face lie at x = -5, -3, ..., 5; cell middles at -4, -2, ...
-    const auto darker_on_lines = [&] {
+    const auto lines_stand_out = [&] {
         const auto image = frame();
-        int darker = 0;
+        int standing = 0;
         for (double y : {-3.7, -0.4, 2.6}) {
             const auto [line_c, row] = pixel_of(1, y, 6);
             const auto [mid_c, mid_row] = pixel_of(2, y, 6);
-            int on_line = 1000;
+            const int mid = brightness(at(image, mid_c, mid_row));
+            int most = 0;
             for (int dc = -1; dc <= 1; ++dc)
-                on_line = std::min(on_line, brightness(at(image, line_c + dc, row)));
-            darker += on_line + 60 < brightness(at(image, mid_c, mid_row));
+                most = std::max(most, std::abs(brightness(at(image, line_c + dc, row)) - mid));
+            standing += most > 60;
         }
-        return darker;
+        return standing;
     };
-    EXPECT_EQ(darker_on_lines(), 0);
+    EXPECT_EQ(lines_stand_out(), 0);
     const long before = set->mesh_rebuilds();
     run("mesh volume 1");
-    EXPECT_EQ(darker_on_lines(), 3);
     EXPECT_EQ(set->mesh_rebuilds(), before + 1);
+    // Dark on shaded faces, in the entity's colour where the faces are not drawn (wireframe) or
+    // take the background's colour (hidden line).
+    for (const char* mode :
+         {"wireframe", "hiddenline", "transparent", "flatshade", "smoothshade"}) {
+        run(std::string("graphics mode ") + mode);
+        EXPECT_EQ(lines_stand_out(), 3) << mode;
+    }
 
     // The mesh switch takes it away again, and deleting the mesh (no event) is noticed.
     run("graphics mesh off");
-    EXPECT_EQ(darker_on_lines(), 0);
+    EXPECT_EQ(lines_stand_out(), 0);
     run("graphics mesh on");
-    EXPECT_EQ(darker_on_lines(), 3);
+    EXPECT_EQ(lines_stand_out(), 3);
     run("delete mesh volume 1 propagate");
-    EXPECT_EQ(darker_on_lines(), 0);
+    EXPECT_EQ(lines_stand_out(), 0);
 }
 
 TEST_F(ModelSet, ProjectionFollowsTheKernelsPerspectiveSwitch) {

@@ -330,7 +330,7 @@ void GTarvoModelSet::Impl::apply(const Look& look, const Look& before) {
                     c = kEdgeDark;
         for (int role = 0; role < kRoleCount; ++role) {
             vtkPolyData* data = piece.data[role];
-            if (!data || role == kMeshEdges)
+            if (!data)
                 continue;
             const auto& table = (role == kCurves || role == kVertices) ? line_colours : colours;
             auto* members = vtkIntArray::SafeDownCast(data->GetCellData()->GetArray("member"));
@@ -361,12 +361,21 @@ void GTarvoModelSet::Impl::apply(const Look& look, const Look& before) {
                 r.flat = look.mode == 3;
                 r.opacity = look.mode == 5 ? kTransparentOpacity : 1.0;
             }
-            if (role == kMeshEdges) {
+            // On shaded faces the element edges are dark; where the faces are not drawn or
+            // take the background's colour, they carry the entities' colours as curves do.
+            if (role == kMeshEdges && shaded) {
                 r.cell_colours = false;
                 for (int i = 0; i < 3; ++i)
                     r.colour[i] = kEdgeDark[i] / 255.0;
             }
         }
+        // Shaded opaque mesh faces draw their element edges in the same pass (VTK's geometry
+        // shader for edge visibility): drawn apart, as lines, the edges cost a software
+        // rasteriser more than the faces they lie on. Translucent faces would fade them and
+        // hidden-line ones colour them by entity, so there they stay lines of their own.
+        RoleLook& faces = piece.look[kMeshFaces];
+        faces.edges_in_faces = shaded && faces.opacity == 1.0;
+        piece.look[kMeshEdges].edges_in_faces = faces.shown && faces.edges_in_faces;
     }
 }
 
@@ -460,10 +469,11 @@ void GTarvoModelSet::Impl::sync_role(ViewEntry& entry, int chunk, int role) {
         if (!data || chunk_of(key) != chunk)
             continue;
         const RoleLook& l = piece.look[role];
-        if (l.shown)
+        const bool drawn = l.shown && !(role == kMeshEdges && l.edges_in_faces);
+        if (drawn)
             joined->AddInputData(data);
-        any = any || l.shown;
-        if (!look || (l.shown && !look->shown))
+        any = any || drawn;
+        if (!look || (drawn && !look->shown))
             look = &l;
     }
     if (any) {
@@ -540,6 +550,8 @@ void GTarvoModelSet::Impl::style(vtkActor& actor, const RoleLook& look, int role
             p->SetDiffuse(0.9);
         }
         p->SetSpecular(0.0);
+        p->SetEdgeVisibility(role == kMeshFaces && look.edges_in_faces);
+        p->SetEdgeColor(kEdgeDark[0] / 255.0, kEdgeDark[1] / 255.0, kEdgeDark[2] / 255.0);
     } else {
         // Lines and points are not lit: their colour is what the entity says.
         p->SetLighting(false);

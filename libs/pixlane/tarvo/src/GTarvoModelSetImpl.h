@@ -55,6 +55,9 @@ struct RoleLook {
     bool flat = false;
     double opacity = 1.0;
     std::array<double, 3> colour{0, 0, 0};
+    // Mesh faces: they draw their element edges in their own pass. Mesh edges: the faces draw
+    // them, so their own actor leaves them out (they stay shown for picking).
+    bool edges_in_faces = false;
 };
 
 struct Piece {
