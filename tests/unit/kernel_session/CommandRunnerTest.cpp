@@ -37,15 +37,15 @@ TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothi
         "add then throw 3",        // throws halfway
     };
     for (const char* line : bad) {
-        observer.events.clear();
+        recorder.events.clear();
         EXPECT_GT(rejected(line).size(), std::string("ERROR: ").size() + 5) << line;
         EXPECT_EQ(model.volumes, before) << line;
         EXPECT_EQ(TarvoInterface::number_undo_commands(), undo_steps) << line;
         EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable()) << line;
-        ASSERT_FALSE(observer.events.empty());
-        EXPECT_EQ(observer.events.front(), "command_start") << line;
-        EXPECT_EQ(observer.events.back(), "command_complete") << line;
-        EXPECT_EQ(observer.count("undo_state_changed"), 0u) << line;
+        ASSERT_FALSE(recorder.events.empty());
+        EXPECT_EQ(recorder.events.front(), "command_start") << line;
+        EXPECT_EQ(recorder.events.back(), "command_complete") << line;
+        EXPECT_EQ(recorder.count("undo_state_changed"), 0u) << line;
     }
     // None of them reached the journal.
     EXPECT_EQ(read_file(TarvoInterface::get_current_journal_file()), "");
@@ -53,11 +53,11 @@ TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothi
 
 TEST_F(CommandRunnerTest, HalfwayFailuresAreRolledBackWithTheirEvents) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
-    observer.events.clear();
+    recorder.events.clear();
     EXPECT_EQ(rejected("add then fail 4"), "ERROR: Could not finish volume 4");
     EXPECT_EQ(model.restores, 1);
     EXPECT_EQ(model.volumes.count(4), 0u);
-    EXPECT_EQ(observer.events,
+    EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 4", "command_complete"}));
     EXPECT_NE(rejected("add then throw 5").find("boom"), std::string::npos);
     EXPECT_EQ(model.volumes.size(), 1u);
@@ -65,21 +65,21 @@ TEST_F(CommandRunnerTest, HalfwayFailuresAreRolledBackWithTheirEvents) {
 
 TEST_F(CommandRunnerTest, SuccessfulCommandEventsAreBracketedByStartAndComplete) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
-    EXPECT_EQ(observer.events,
+    EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_created 1", "undo_state_changed",
                                         "command_complete"}));
     EXPECT_EQ(output->take().front().text, "Created volume 1");
     // A second observer sees the same, in the same order; an unregistered one sees nothing.
-    session_test::RecordingObserver second;
+    test_support::EventRecorder second;
     second.register_observer();
-    observer.unregister_observer();
-    observer.events.clear();
+    recorder.unregister_observer();
+    recorder.events.clear();
     ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
-    EXPECT_TRUE(observer.events.empty());
+    EXPECT_TRUE(recorder.events.empty());
     EXPECT_EQ(second.events.front(), "command_start");
     EXPECT_EQ(second.events.back(), "command_complete");
     second.unregister_observer();
-    observer.register_observer();
+    recorder.register_observer();
 }
 
 TEST_F(CommandRunnerTest, UndoTakesBackTheLastUndoableCommand) {
@@ -87,14 +87,14 @@ TEST_F(CommandRunnerTest, UndoTakesBackTheLastUndoableCommand) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
     EXPECT_TRUE(TarvoInterface::was_last_cmd_undoable());
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 2);
-    observer.events.clear();
+    recorder.events.clear();
 
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
     EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable());
     EXPECT_EQ(model.volumes.count(2), 0u);
     EXPECT_EQ(model.volumes.count(1), 1u);
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 1);
-    EXPECT_EQ(observer.events,
+    EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 2", "undo_complete",
                                         "undo_state_changed", "command_complete"}));
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
@@ -133,11 +133,11 @@ TEST_F(CommandRunnerTest, ModifiedAndUndoSaveFlags) {
 TEST_F(CommandRunnerTest, ResetClearsTheModelThenReportsModelReset) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1"));
     ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
-    observer.events.clear();
+    recorder.events.clear();
     ASSERT_TRUE(TarvoInterface::cmd("reset"));
     EXPECT_TRUE(model.volumes.empty());
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
-    EXPECT_EQ(observer.events,
+    EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 1", "volume_deleted 2",
                                         "model_reset", "undo_state_changed", "command_complete"}));
     EXPECT_FALSE(TarvoInterface::cmd("reset now"));
@@ -217,14 +217,14 @@ TEST_F(CommandRunnerTest, WorkingDirectoryAndDeveloperSwitch) {
     EXPECT_TRUE(TarvoInterface::is_working_dir_set());
     EXPECT_FALSE(TarvoInterface::cmd("cd 'no such dir'"));
     EXPECT_EQ(std::filesystem::current_path(), scratch / "sub dir");
-    EXPECT_EQ(observer.count("working_directory_changed"), 1u);
+    EXPECT_EQ(recorder.count("working_directory_changed"), 1u);
 
     ASSERT_TRUE(TarvoInterface::cmd("set developer commands on"));
     EXPECT_TRUE(TarvoInterface::developer_commands_are_enabled());
     ASSERT_TRUE(TarvoInterface::cmd("set dev comm off"));
     EXPECT_FALSE(TarvoInterface::developer_commands_are_enabled());
-    EXPECT_EQ(observer.count("developer_command_toggled 1"), 1u);
-    EXPECT_EQ(observer.count("developer_command_toggled 0"), 1u);
+    EXPECT_EQ(recorder.count("developer_command_toggled 1"), 1u);
+    EXPECT_EQ(recorder.count("developer_command_toggled 0"), 1u);
     EXPECT_FALSE(TarvoInterface::cmd("set developer commands maybe"));
 }
 
@@ -282,7 +282,7 @@ TEST_F(CommandRunnerTest, FilenameCompletion) {
 }
 
 TEST(SessionLifecycle, CommandsNeedASessionAndInitIsRepeatable) {
-    auto output = std::make_shared<session_test::CapturingHandler>();
+    auto output = std::make_shared<test_support::CapturedOutput>();
     TarvoMessage::instance()->set_message_handler(output);
     ASSERT_FALSE(TarvoInterface::is_initialized());
     EXPECT_FALSE(TarvoInterface::cmd("help"));

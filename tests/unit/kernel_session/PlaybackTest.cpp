@@ -43,8 +43,8 @@ TEST_F(PlaybackTest, PlaysLinesInOrderWithVariablesAndNesting) {
         EXPECT_EQ(model.volumes.count(id), 1u) << id;
     }
     // One command for the client: one start, one complete; each line is its own undo step.
-    EXPECT_EQ(observer.count("command_start"), 1u);
-    EXPECT_EQ(observer.count("command_complete"), 1u);
+    EXPECT_EQ(recorder.count("command_start"), 1u);
+    EXPECT_EQ(recorder.count("command_complete"), 1u);
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 4);
     EXPECT_EQ(TarvoInterface::get_command_from_history(1), "playback 'outer.jou'");
     EXPECT_EQ(TarvoInterface::get_command_from_history(2), "");

@@ -13,9 +13,7 @@
 #include "tarvo_util/TarvoFileUtil.h"
 #include "tarvo_util/TarvoMessage.h"
 
-#include "../support/CapturedOutput.h"
-#include "../support/EventRecorder.h"
-#include "../support/ScratchSession.h"
+#include "../support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -27,11 +25,6 @@
 #include <vector>
 
 namespace session_test {
-
-using CapturingHandler = test_support::CapturedOutput;
-
-// Every event, as text in arrival order ("volume_created 1").
-using RecordingObserver = test_support::EventRecorder;
 
 // The number an expression that must evaluate gives.
 inline double eval(tarvo::kernel::Valfold& valfold, const std::string& text) {
@@ -141,23 +134,17 @@ public:
     }
 };
 
-// A live session per test, in a scratch directory.
-class SessionTest : public ::testing::Test {
+// A live session per test, in a scratch directory, over the fake model.
+class SessionTest : public test_support::KernelTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(session.start("session", output));
-        scratch = session.dir();
-        observer.register_observer();
-        use_fake_model();
-        // Quiet by default: tests turn echo on where they look at it.
-        TarvoInterface::silent_cmd("echo off");
-        output->take();
-        observer.events.clear();
-    }
+    SessionTest() : KernelTest("session") {}
 
-    void TearDown() override {
-        observer.unregister_observer();
-        session.stop();
+    void SetUp() override {
+        KernelTest::SetUp();
+        if (HasFatalFailure())
+            return;
+        scratch = session.dir();
+        use_fake_model();
     }
 
     // The fake model stands alone: the kernel's own modules keep their commands, but neither
@@ -206,12 +193,8 @@ protected:
     }
 
     std::vector<std::string> error_lines() { return output->starting("ERROR: "); }
-    std::string rejected(const std::string& line) { return test_support::rejected(*output, line); }
 
-    std::shared_ptr<CapturingHandler> output = std::make_shared<CapturingHandler>();
-    RecordingObserver observer;
     FakeModel model;
-    test_support::ScratchSession session;
     // The test's working directory, empty at the start.
     std::filesystem::path scratch;
 };

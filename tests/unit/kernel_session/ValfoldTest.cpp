@@ -94,10 +94,10 @@ class ValfoldCommandTest : public SessionTest {};
 
 TEST_F(ValfoldCommandTest, DefinitionsSubstituteIntoCommandsAndAreQueryable) {
     EXPECT_TRUE(TarvoInterface::cmd("#{id = 3} #{label = \"bolt\"}"));
-    EXPECT_EQ(observer.count("valfold_modified"), 1u);
+    EXPECT_EQ(recorder.count("valfold_modified"), 1u);
     EXPECT_TRUE(TarvoInterface::cmd("add volume #{id * 2 + 1} name '#{label}_#{id}'"));
     EXPECT_EQ(model.volumes[7], "bolt_3");
-    EXPECT_EQ(observer.count("valfold_modified"), 1u); // use alone changes nothing
+    EXPECT_EQ(recorder.count("valfold_modified"), 1u); // use alone changes nothing
 
     EXPECT_EQ(TarvoInterface::get_valfold_vars(), (std::vector<std::string>{"id", "label"}));
     EXPECT_EQ(TarvoInterface::get_valfold_value_as_string("id"), "3");
