@@ -4,9 +4,14 @@
 
 #include "MeshTestSupport.h"
 
+#include "geometry/GeometryMemo.h"
 #include "mesh/Sizing.h"
 
+#include <BRepBuilderAPI_MakeEdge.hxx>
+#include <gp_Elips.hxx>
+
 #include <cmath>
+#include <map>
 
 namespace mesh_test {
 namespace {
@@ -221,6 +226,51 @@ TEST_F(SizingTest, SchemesAndGlobals) {
     // Surface 1's own box (10 x 10) gives it the size sqrt(2/3); 100 / (sqrt(3)/4 * 2/3) tris.
     EXPECT_EQ(get_element_budget("tri", {1}, 5), 346);
     EXPECT_EQ(get_element_budget("wedge", {1}, 5), 0);
+}
+
+// Without sizes, an unmerged volume is meshed at the scale of its own box, never coarser than the
+// model's (a sphere of radius 1 beside a box of 100 got a seam of one interval, which Gmsh could
+// not mesh), and a round curve gets at least one interval per 30 degrees of turning (a rod's
+// circles). Merged volumes keep the model's size, so that the curves they share agree; a size
+// that was asked for is followed as it is.
+TEST_F(SizingTest, AutomaticSizesFollowEachPartAndKeepRoundCurvesRound) {
+    run("create box 100");
+    run("create sphere radius 1 at 300 0 0");
+    run("create cylinder radius 1 height 200 at 0 300 0");
+    EXPECT_NEAR(get_mesh_size("volume", 2), get_auto_size("volume", {2}, 5), 1e-12);
+    EXPECT_LT(get_mesh_size("volume", 2), get_default_auto_size() / 10);
+    for (int c : get_relatives("volume", 2, "curve"))
+        EXPECT_EQ(get_mesh_intervals("curve", c), 16) << "the sphere's seam: pi / 0.2";
+    std::map<std::string, std::vector<int>> rod;
+    for (int c : get_relatives("volume", 3, "curve"))
+        rod[get_curve_type(c)].push_back(get_mesh_intervals("curve", c));
+    EXPECT_EQ(rod["Circle"], (std::vector<int>{12, 12})) << "6.28 at a size of 11.5";
+    EXPECT_EQ(rod["Line"], (std::vector<int>{17}));
+    run("mesh volume all");
+    EXPECT_GT(get_tet_count(), 0u);
+
+    run("delete mesh volume all propagate");
+    run("volume 3 size 50");
+    rod.clear();
+    for (int c : get_relatives("volume", 3, "curve"))
+        rod[get_curve_type(c)].push_back(get_mesh_intervals("curve", c));
+    EXPECT_EQ(rod["Circle"], (std::vector<int>{1, 1}));
+    EXPECT_EQ(rod["Line"], (std::vector<int>{4}));
+
+    run("reset");
+    run("create box 10");
+    run("create box 10 at 10 0 0");
+    run("create box 1 at 50 0 0");
+    run("merge all");
+    EXPECT_NEAR(get_mesh_size("volume", 1), get_default_auto_size(), 1e-12);
+    EXPECT_NEAR(get_mesh_size("volume", 3), get_auto_size("volume", {3}, 5), 1e-12);
+
+    // Curves other than lines and circles are measured by their sampled tangents: a quarter of an
+    // ellipse turns by a right angle, a whole one by a full turn.
+    const gp_Elips ellipse(gp_Ax2(), 3, 1);
+    EXPECT_NEAR(tarvo::kernel::compute_turning(BRepBuilderAPI_MakeEdge(ellipse, 0, M_PI / 2)),
+                M_PI / 2, 0.01);
+    EXPECT_NEAR(tarvo::kernel::compute_turning(BRepBuilderAPI_MakeEdge(ellipse)), 2 * M_PI, 0.02);
 }
 
 TEST_F(SizingTest, RefusedInputChangesNothing) {

@@ -10,6 +10,7 @@
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Iterator.hxx>
+#include <gp.hxx>
 
 #include <algorithm>
 #include <cmath>
@@ -204,6 +205,38 @@ std::array<double, 4> compute_area(const TopoDS_Shape& s) {
 double compute_length(const TopoDS_Shape& edge) {
     BRepAdaptor_Curve c(TopoDS::Edge(edge));
     return GCPnts_AbscissaPoint::Length(c);
+}
+
+double compute_turning(const TopoDS_Shape& edge) {
+    const TopoDS_Edge& e = TopoDS::Edge(edge);
+    if (BRep_Tool::Degenerated(e))
+        return 0.0;
+    BRepAdaptor_Curve c(e);
+    const double first = c.FirstParameter(), last = c.LastParameter();
+    switch (c.GetType()) {
+    case GeomAbs_Line:
+        return 0.0;
+    case GeomAbs_Circle: // parametrised by its angle
+        return std::abs(last - first);
+    default:
+        break;
+    }
+    // Other curves: the angles between tangents at evenly spaced parameters, which is exact
+    // enough to choose a number of intervals from.
+    constexpr int kSamples = 64;
+    double turning = 0.0;
+    gp_Vec before;
+    for (int i = 0; i <= kSamples; ++i) {
+        gp_Pnt p;
+        gp_Vec tangent;
+        c.D1(first + (last - first) * i / kSamples, p, tangent);
+        if (tangent.Magnitude() < gp::Resolution())
+            continue;
+        if (before.Magnitude() > 0)
+            turning += before.Angle(tangent);
+        before = tangent;
+    }
+    return turning;
 }
 
 } // namespace tarvo::kernel

@@ -16,12 +16,13 @@
 
 namespace tarvo::kernel {
 
-// Measures of one entity, each filled on first use.
+// Measures of one entity, each filled on first use (`turning`: see GeometryModel::curve_turning).
 struct EntityMeasures {
     std::optional<Bnd_Box> box;
     std::optional<double> volume;
     std::optional<std::array<double, 4>> area; // area, centroid x, y, z
     std::optional<double> length;
+    std::optional<double> turning;
 };
 
 struct BodyMemo::Data {
@@ -62,5 +63,6 @@ Bnd_Box compute_bounding_box(const TopoDS_Shape& shape);
 double compute_volume(const TopoDS_Shape& shape);
 std::array<double, 4> compute_area(const TopoDS_Shape& shape);
 double compute_length(const TopoDS_Shape& edge);
+double compute_turning(const TopoDS_Shape& edge);
 
 } // namespace tarvo::kernel

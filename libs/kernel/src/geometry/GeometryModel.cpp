@@ -525,17 +525,26 @@ std::array<double, 4> GeometryModel::area_measure(GeomKind kind, int id) const {
     return *m.area;
 }
 
-double GeometryModel::curve_length(int id) const {
+double GeometryModel::curve_measure(int id, std::optional<double> EntityMeasures::*slot,
+                                    double (*compute)(const TopoDS_Shape&)) const {
     std::size_t at = 0;
     const Body* b = holder(GeomKind::Curve, id, at);
     if (!b) {
         const TopoDS_Shape s = shape(GeomKind::Curve, id);
-        return s.IsNull() ? 0.0 : compute_length(s);
+        return s.IsNull() ? 0.0 : compute(s);
     }
-    EntityMeasures& m = b->memo.of(*b).measures(GeomKind::Curve, at);
-    if (!m.length)
-        m.length = compute_length(b->of(GeomKind::Curve)[at].shape);
-    return *m.length;
+    std::optional<double>& kept = b->memo.of(*b).measures(GeomKind::Curve, at).*slot;
+    if (!kept)
+        kept = compute(b->of(GeomKind::Curve)[at].shape);
+    return *kept;
+}
+
+double GeometryModel::curve_length(int id) const {
+    return curve_measure(id, &EntityMeasures::length, compute_length);
+}
+
+double GeometryModel::curve_turning(int id) const {
+    return curve_measure(id, &EntityMeasures::turning, compute_turning);
 }
 
 const EntityAttributes* GeometryModel::attributes(GeomKind kind, int id) const {

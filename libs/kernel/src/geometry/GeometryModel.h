@@ -54,6 +54,7 @@ struct EntityKey {
 };
 
 struct Body;
+struct EntityMeasures; // GeometryMemo.h
 
 // Answers derived from one body alone (which of its entities lie inside which, which are in no
 // volume, boxes and mass properties), each filled on first use. A published Body never changes,
@@ -220,6 +221,9 @@ public:
     std::array<double, 4> area_measure(GeomKind kind, int id) const;
     // Arc length of a curve; 0 when missing.
     double curve_length(int id) const;
+    // How far a curve's tangent turns from its start to its end, in radians (summed, not net: a
+    // full circle turns 2 pi); 0 for a line, a degenerate edge or a missing curve.
+    double curve_turning(int id) const;
     // The id of a shape found in the model (IsSame), or 0.
     int id_of(GeomKind kind, const TopoDS_Shape& shape) const;
 
@@ -270,6 +274,9 @@ private:
     // null when the entity does not exist, or when no body that holds it has the very shape that
     // shape() answers (the measures are then computed without being kept).
     const Body* holder(GeomKind kind, int id, std::size_t& position) const;
+    // A measure of a curve, kept in the memo's `slot` once `compute` has given it.
+    double curve_measure(int id, std::optional<double> EntityMeasures::*slot,
+                         double (*compute)(const TopoDS_Shape&)) const;
 
     GeometryState state_;
     std::array<std::unordered_map<int, IndexEntry>, kGeomKindCount> index_;

@@ -178,10 +178,33 @@ int intervals_for(double length, double size) {
     return n >= kMaxIntervals ? kMaxIntervals : static_cast<int>(n);
 }
 
-// The automatic size for an entity that has nothing else: never 0, so that the mesher always
-// gets a size (a model without extent gets the unit size).
-double fallback_size() {
-    const double s = model_auto_size();
+double size_of_box(const Bnd_Box& box, double factor);
+
+// The automatic size for an entity that has nothing else: that of its volume's own box (the
+// finest of its volumes'), never coarser than the model's, so that a small part among large ones
+// is meshed at its own scale. A volume merged with another, and whatever lies in no volume, keep
+// the model's size, so that curves shared between them agree on both sides. Never 0, so that the
+// mesher always gets a size (a model without extent gets the unit size).
+double fallback_size(GeomKind kind, int id) {
+    double s = model_auto_size();
+    const GeometryModel* m = model();
+    if (!m || !m->exists(kind, id))
+        return s > 0 ? s : 1.0;
+    const auto merged = [&](int volume) {
+        for (int surface : m->relatives(GeomKind::Volume, volume, GeomKind::Surface))
+            if (m->relatives(GeomKind::Surface, surface, GeomKind::Volume).size() > 1)
+                return true;
+        return false;
+    };
+    const std::vector<int> volumes =
+        kind == GeomKind::Volume ? std::vector<int>{id} : m->relatives(kind, id, GeomKind::Volume);
+    if (std::none_of(volumes.begin(), volumes.end(), merged))
+        for (int v : volumes) {
+            const double own =
+                size_of_box(m->bounding_box(GeomKind::Volume, v), kDefaultAutoFactor);
+            if (own > 0 && own < s)
+                s = own;
+        }
     return s > 0 ? s : 1.0;
 }
 
@@ -212,9 +235,12 @@ std::optional<Resolved> resolve_levels(GeomKind kind, int id, bool own_only) {
         }
     }
     if (!sized)
-        r.size = fallback_size();
-    if (!counted)
-        r.intervals = curve && !own_only ? intervals_for(length, r.size) : 0;
+        r.size = fallback_size(kind, id);
+    if (!counted && curve && !own_only) {
+        const double turning = model()->curve_turning(id);
+        r.intervals = std::max(intervals_for(length, r.size),
+                               static_cast<int>(std::ceil(turning / kAutoTurnPerInterval - 1e-9)));
+    }
     return r;
 }
 
@@ -432,7 +458,7 @@ CurvePlan curve_plan(int curve_id) {
 
 double target_size(GeomKind kind, int id) {
     const auto r = resolve(kind, id);
-    return r ? r->size : fallback_size();
+    return r ? r->size : fallback_size(kind, id);
 }
 
 Scheme scheme_of(GeomKind kind, int id) {
