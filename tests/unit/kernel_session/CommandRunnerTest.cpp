@@ -24,7 +24,7 @@ class CommandRunnerTest : public SessionTest {};
 TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothing) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 1 name 'keep'"));
     TarvoInterface::journal_commands(true);
-    const auto before = model.volumes;
+    const auto before = model.contents.volumes;
     const int undo_steps = TarvoInterface::number_undo_commands();
     const char* bad[] = {
         "ad volume 3",             // misspelled keyword (and too short to be a prefix)
@@ -39,7 +39,7 @@ TEST_F(CommandRunnerTest, RejectedCommandsPrintOneErrorLineCountItAndChangeNothi
     for (const char* line : bad) {
         recorder.events.clear();
         EXPECT_GT(rejected(line).size(), std::string("ERROR: ").size() + 5) << line;
-        EXPECT_EQ(model.volumes, before) << line;
+        EXPECT_EQ(model.contents.volumes, before) << line;
         EXPECT_EQ(TarvoInterface::number_undo_commands(), undo_steps) << line;
         EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable()) << line;
         ASSERT_FALSE(recorder.events.empty());
@@ -56,11 +56,11 @@ TEST_F(CommandRunnerTest, HalfwayFailuresAreRolledBackWithTheirEvents) {
     recorder.events.clear();
     EXPECT_EQ(rejected("add then fail 4"), "ERROR: Could not finish volume 4");
     EXPECT_EQ(model.restores, 1);
-    EXPECT_EQ(model.volumes.count(4), 0u);
+    EXPECT_EQ(model.contents.volumes.count(4), 0u);
     EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 4", "command_complete"}));
     EXPECT_NE(rejected("add then throw 5").find("boom"), std::string::npos);
-    EXPECT_EQ(model.volumes.size(), 1u);
+    EXPECT_EQ(model.contents.volumes.size(), 1u);
 }
 
 TEST_F(CommandRunnerTest, SuccessfulCommandEventsAreBracketedByStartAndComplete) {
@@ -91,14 +91,14 @@ TEST_F(CommandRunnerTest, UndoTakesBackTheLastUndoableCommand) {
 
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
     EXPECT_FALSE(TarvoInterface::was_last_cmd_undoable());
-    EXPECT_EQ(model.volumes.count(2), 0u);
-    EXPECT_EQ(model.volumes.count(1), 1u);
+    EXPECT_EQ(model.contents.volumes.count(2), 0u);
+    EXPECT_EQ(model.contents.volumes.count(1), 1u);
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 1);
     EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 2", "undo_complete",
                                         "undo_state_changed", "command_complete"}));
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
     EXPECT_EQ(rejected("undo"), "ERROR: Nothing to undo");
     EXPECT_FALSE(TarvoInterface::is_performing_undo());
 }
@@ -111,12 +111,12 @@ TEST_F(CommandRunnerTest, UndoOffForgetsStepsAndRefusesToUndo) {
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
     // Failures still roll back with undo off.
     EXPECT_FALSE(TarvoInterface::cmd("add then fail 3"));
-    EXPECT_EQ(model.volumes.size(), 2u);
+    EXPECT_EQ(model.contents.volumes.size(), 2u);
     EXPECT_FALSE(TarvoInterface::cmd("undo"));
     ASSERT_TRUE(TarvoInterface::cmd("UNDO ON"));
     ASSERT_TRUE(TarvoInterface::cmd("add volume 3"));
     ASSERT_TRUE(TarvoInterface::cmd("undo"));
-    EXPECT_EQ(model.volumes.size(), 2u);
+    EXPECT_EQ(model.contents.volumes.size(), 2u);
 }
 
 TEST_F(CommandRunnerTest, ModifiedAndUndoSaveFlags) {
@@ -135,7 +135,7 @@ TEST_F(CommandRunnerTest, ResetClearsTheModelThenReportsModelReset) {
     ASSERT_TRUE(TarvoInterface::cmd("add volume 2"));
     recorder.events.clear();
     ASSERT_TRUE(TarvoInterface::cmd("reset"));
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
     EXPECT_EQ(TarvoInterface::number_undo_commands(), 0);
     EXPECT_EQ(recorder.events,
               (std::vector<std::string>{"command_start", "volume_deleted 1", "volume_deleted 2",

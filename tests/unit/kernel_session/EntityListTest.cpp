@@ -18,10 +18,10 @@ protected:
         for (int id : {1, 2, 3, 5, 6, 7, 8, 9}) {
             model.add_volume(id, "", {10 * id + 1, 10 * id + 2});
         }
-        model.volume_surfaces[3] = {31, 22};
-        model.volumes[1] = "bracket_left";
-        model.volumes[2] = "Bracket_right";
-        model.volumes[5] = "bolt";
+        model.contents.volume_surfaces[3] = {31, 22};
+        model.contents.volumes[1] = "bracket_left";
+        model.contents.volumes[2] = "Bracket_right";
+        model.contents.volumes[5] = "bolt";
     }
 
     std::vector<int> ids(const std::string& type, const std::string& text) {

@@ -97,7 +97,7 @@ TEST_F(LimitsTest, DeepExpressionsFailInEveryWayALineArrives) {
     for (const std::string& error : error_lines()) {
         EXPECT_NE(error.find("nested more than 200"), std::string::npos) << error.substr(0, 200);
     }
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
 }
 
 TEST_F(LimitsTest, HistoryKeepsOnlyTheNewestLines) {
@@ -140,7 +140,7 @@ TEST_F(LimitsTest, FilesThatAreNotJournalsAreRefusedWithoutQuotingThem) {
         // Nothing of the file reaches any channel, not even the echo.
         EXPECT_EQ(output->all().find("secrethost"), std::string::npos) << c.file;
     }
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
 }
 
 // Interrupts every command as it starts (after the runner cleared the flag).

@@ -38,9 +38,9 @@ TEST_F(PlaybackTest, PlaysLinesInOrderWithVariablesAndNesting) {
     write_file(scratch / "outer.jou",
                "#{base = 10}\nplayback 'inner.jou'\n#{base = 20}\nplayback \"inner.jou\"\n");
     ASSERT_TRUE(TarvoInterface::cmd("playback 'outer.jou'"));
-    EXPECT_EQ(model.volumes.size(), 4u);
+    EXPECT_EQ(model.contents.volumes.size(), 4u);
     for (int id : {11, 12, 21, 22}) {
-        EXPECT_EQ(model.volumes.count(id), 1u) << id;
+        EXPECT_EQ(model.contents.volumes.count(id), 1u) << id;
     }
     // One command for the client: one start, one complete; each line is its own undo step.
     EXPECT_EQ(recorder.count("command_start"), 1u);
@@ -62,17 +62,17 @@ TEST_F(PlaybackTest, StopsAtAFailingLineAndResumesAfterIt) {
     write_file(scratch / "broken.jou", "add volume 1\nadd volume\nadd volume 3\n");
     EXPECT_TRUE(TarvoInterface::is_playback_paused_on_error());
     rejected("playback 'broken.jou'"); // the failing line says why; the pause is told as detail
-    EXPECT_EQ(model.volumes.size(), 1u);
+    EXPECT_EQ(model.contents.volumes.size(), 1u);
     EXPECT_NE(output->all().find("paused at line 2"), std::string::npos);
 
     ASSERT_TRUE(TarvoInterface::cmd("resume"));
-    EXPECT_EQ(model.volumes.count(3), 1u);
+    EXPECT_EQ(model.contents.volumes.count(3), 1u);
     EXPECT_FALSE(TarvoInterface::cmd("resume")); // nothing left
 
     TarvoInterface::set_playback_paused_on_error(false);
     ASSERT_TRUE(TarvoInterface::cmd("reset"));
     EXPECT_FALSE(TarvoInterface::cmd("playback 'broken.jou'"));
-    EXPECT_EQ(model.volumes.size(), 2u); // went on past line 2
+    EXPECT_EQ(model.contents.volumes.size(), 2u); // went on past line 2
 
     rejected("playback 'missing.jou'");
 }
@@ -110,10 +110,10 @@ TEST_F(PlaybackTest, InputFilesFromTheCommandLineRunOnce) {
     ASSERT_TRUE(TarvoInterface::init({"tarvo_test", "startup.jou", "-noecho"}));
     use_fake_model();
     TarvoInterface::process_input_files();
-    EXPECT_EQ(model.volumes.count(8), 1u);
+    EXPECT_EQ(model.contents.volumes.count(8), 1u);
     ASSERT_TRUE(TarvoInterface::cmd("reset"));
     TarvoInterface::process_input_files();
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
 }
 
 TEST_F(PlaybackTest, InterruptFromAnotherThreadStopsALongPlaybackWithinASecond) {

@@ -14,6 +14,7 @@
 #include "tarvo_util/TarvoMessage.h"
 
 #include "../support/KernelTest.h"
+#include "../support/MapCatalog.h"
 
 #include <gtest/gtest.h>
 
@@ -47,90 +48,34 @@ inline std::string eval_error(tarvo::kernel::Valfold& valfold, const std::string
 }
 
 // A tiny model: volumes, each bounded by surfaces, with names; snapshots copy it whole.
-class FakeModel : public tarvo::kernel::EntityCatalog, public tarvo::kernel::UndoParticipant {
+class FakeModel : public test_support::MapCatalog, public tarvo::kernel::UndoParticipant {
 public:
-    std::map<int, std::string> volumes;              // id -> name
-    std::map<int, std::vector<int>> volume_surfaces; // volume -> its surfaces
-    std::set<int> surfaces;
     int restores = 0;
 
-    void add_volume(int id, const std::string& name, std::vector<int> faces) {
-        volumes[id] = name;
-        volume_surfaces[id] = faces;
-        surfaces.insert(faces.begin(), faces.end());
-    }
-
-    bool handles(std::string_view type) const override {
-        return type == "volume" || type == "surface";
-    }
-    std::vector<int> all_ids(std::string_view type) const override {
-        std::vector<int> ids;
-        if (type == "volume") {
-            for (const auto& [id, name] : volumes) {
-                ids.push_back(id);
-            }
-        } else if (type == "surface") {
-            ids.assign(surfaces.begin(), surfaces.end());
-        }
-        return ids;
-    }
-    bool exists(std::string_view type, int id) const override {
-        return type == "volume" ? volumes.count(id) > 0
-                                : type == "surface" && surfaces.count(id) > 0;
-    }
-    std::vector<int> relatives(std::string_view source, int id,
-                               std::string_view target) const override {
-        std::set<int> found;
-        for (const auto& [volume, faces] : volume_surfaces) {
-            const bool bounds = std::find(faces.begin(), faces.end(), id) != faces.end();
-            if (source == "volume" && target == "surface" && volume == id)
-                found.insert(faces.begin(), faces.end());
-            if (source == "surface" && target == "volume" && bounds)
-                found.insert(volume);
-        }
-        return {found.begin(), found.end()};
-    }
-    std::string name_of(std::string_view type, int id) const override {
-        return type == "volume" && volumes.count(id) ? volumes.at(id) : std::string();
-    }
-
     struct Snapshot : tarvo::kernel::UndoSnapshot {
-        std::map<int, std::string> volumes;
-        std::map<int, std::vector<int>> volume_surfaces;
-        std::set<int> surfaces;
+        Contents contents;
     };
     std::string participant_name() const override { return "fake"; }
     std::unique_ptr<tarvo::kernel::UndoSnapshot> save_state() override {
         auto snapshot = std::make_unique<Snapshot>();
-        snapshot->volumes = volumes;
-        snapshot->volume_surfaces = volume_surfaces;
-        snapshot->surfaces = surfaces;
+        snapshot->contents = contents;
         return snapshot;
     }
     void restore_state(const tarvo::kernel::UndoSnapshot& base) override {
         const auto& snapshot = static_cast<const Snapshot&>(base);
-        for (const auto& [id, name] : volumes) {
-            if (!snapshot.volumes.count(id)) {
+        for (const auto& [id, name] : contents.volumes)
+            if (!snapshot.contents.volumes.count(id))
                 tarvo::kernel::events().volume_deleted(id);
-            }
-        }
-        for (const auto& [id, name] : snapshot.volumes) {
-            if (!volumes.count(id)) {
+        for (const auto& [id, name] : snapshot.contents.volumes)
+            if (!contents.volumes.count(id))
                 tarvo::kernel::events().volume_created(id);
-            }
-        }
-        volumes = snapshot.volumes;
-        volume_surfaces = snapshot.volume_surfaces;
-        surfaces = snapshot.surfaces;
+        contents = snapshot.contents;
         ++restores;
     }
     void clear_state() override {
-        for (const auto& [id, name] : volumes) {
+        for (const auto& [id, name] : contents.volumes)
             tarvo::kernel::events().volume_deleted(id);
-        }
-        volumes.clear();
-        volume_surfaces.clear();
-        surfaces.clear();
+        contents = {};
     }
 };
 

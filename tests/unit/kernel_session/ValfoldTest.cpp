@@ -96,7 +96,7 @@ TEST_F(ValfoldCommandTest, DefinitionsSubstituteIntoCommandsAndAreQueryable) {
     EXPECT_TRUE(TarvoInterface::cmd("#{id = 3} #{label = \"bolt\"}"));
     EXPECT_EQ(recorder.count("valfold_modified"), 1u);
     EXPECT_TRUE(TarvoInterface::cmd("add volume #{id * 2 + 1} name '#{label}_#{id}'"));
-    EXPECT_EQ(model.volumes[7], "bolt_3");
+    EXPECT_EQ(model.contents.volumes[7], "bolt_3");
     EXPECT_EQ(recorder.count("valfold_modified"), 1u); // use alone changes nothing
 
     EXPECT_EQ(TarvoInterface::get_valfold_vars(), (std::vector<std::string>{"id", "label"}));
@@ -117,7 +117,7 @@ TEST_F(ValfoldCommandTest, DefinitionsSubstituteIntoCommandsAndAreQueryable) {
 TEST_F(ValfoldCommandTest, BadExpressionRejectsTheWholeCommand) {
     EXPECT_NE(rejected("add volume #{undefined_var}").find("undefined variable 'undefined_var'"),
               std::string::npos);
-    EXPECT_TRUE(model.volumes.empty());
+    EXPECT_TRUE(model.contents.volumes.empty());
 }
 
 } // namespace
