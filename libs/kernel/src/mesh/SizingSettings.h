@@ -17,6 +17,7 @@
 #include "mesh/Sizing.h"
 
 #include <functional>
+#include <numbers>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,7 +37,7 @@ inline constexpr double kAutoDivisions = 10;
 // A curve with no size or interval count anywhere gets at least one interval for each this many
 // radians its tangent turns (12 round a circle): the model's size alone would leave a small round
 // part in a large model a polygon of two or three sides, or nothing that Gmsh can mesh.
-inline constexpr double kAutoTurnPerInterval = 3.14159265358979323846 / 6;
+inline constexpr double kAutoTurnPerInterval = std::numbers::pi / 6;
 inline constexpr double kDefaultDualBiasFactor = 1.5;
 inline constexpr double kDefaultTetmeshGrowth = 1.0;
 inline constexpr double kDefaultTrimeshGradation = 1.3;
