@@ -106,7 +106,7 @@ void compare_blit(GView& view, int width, int height, int frames) {
                 width, height, with, without, with / without);
 }
 
-// Polygons the view draws: those of every visible actor (faces; edges are lines).
+// Polygons the view draws: those of every visible actor (faces; lines are not counted).
 long polygons_drawn(GView& view) {
     long total = 0;
     vtkActorCollection* actors = view.renderer()->GetActors();

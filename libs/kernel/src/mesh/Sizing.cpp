@@ -3,6 +3,7 @@
 // were given to, and the resolution of the settings in effect (SizingSettings.h).
 
 #include "core/Undo.h"
+#include "geometry/GeometryMeasures.h"
 #include "geometry/GeometryModule.h"
 #include "mesh/SizingSettings.h"
 #include "tarvo/TIObserve.h"
@@ -191,10 +192,7 @@ double fallback_size(GeomKind kind, int id) {
     if (!m || !m->exists(kind, id))
         return s > 0 ? s : 1.0;
     const auto merged = [&](int volume) {
-        for (int surface : m->relatives(GeomKind::Volume, volume, GeomKind::Surface))
-            if (m->relatives(GeomKind::Surface, surface, GeomKind::Volume).size() > 1)
-                return true;
-        return false;
+        return !adjacent(*m, GeomKind::Volume, volume, GeomKind::Volume).empty();
     };
     const std::vector<int> volumes =
         kind == GeomKind::Volume ? std::vector<int>{id} : m->relatives(kind, id, GeomKind::Volume);
